@@ -1,0 +1,162 @@
+// The exported C entry points: each converts its arguments, calls the dispatch layer and
+// turns any failure into a number plus this thread's last-error texts.
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "capi/c_values.h"
+#include "frame/enumerator.h"
+#include "vexqom.h"
+#include "vexqom/dispatch.h"
+#include "vexqom/error.h"
+#include "vexqom/events.h"
+
+namespace vexqom::capi {
+namespace {
+
+struct LastError {
+  int32_t number = 0;
+  std::string source;
+  std::string description;
+};
+thread_local LastError t_last_error;
+
+int32_t record_failure(const Error& e) noexcept {
+  try {
+    t_last_error.number = e.number();
+    t_last_error.source = to_utf8(e.source());
+    t_last_error.description = to_utf8(e.description());
+  } catch (...) {
+    t_last_error.number = e.number();
+    t_last_error.source.clear();
+    t_last_error.description.clear();
+  }
+  return e.number();
+}
+
+// The one place where C++ failures become C results.
+template <class F>
+int32_t guarded(F&& body) noexcept {
+  try {
+    std::forward<F>(body)();
+    return 0;
+  } catch (...) {
+    try {
+      return record_failure(current_error());
+    } catch (...) {
+      return record_failure(Error(errc::kOutOfMemory));
+    }
+  }
+}
+
+Object& require(vq_object* handle) {
+  if (handle == nullptr) throw Error(errc::kObjectNotSet);
+  return *from_handle(handle);
+}
+
+void write_back(const Variant& value, vq_value* slot) {
+  vq_value fresh;
+  fill_value(value, &fresh);
+  vq_value_clear(slot);  // the caller's old text was malloc'ed: it is freed here
+  *slot = fresh;
+}
+
+}  // namespace
+}  // namespace vexqom::capi
+
+using namespace vexqom;
+using namespace vexqom::capi;
+
+extern "C" {
+
+int32_t vq_create(const char* creation_name, vq_object** out) {
+  return guarded([&] {
+    if (out == nullptr) throw Error(errc::kInvalidArgument);
+    *out = nullptr;
+    if (creation_name == nullptr) throw Error(errc::kClassNotRegistered);
+    *out = to_handle(create_object(creation_name).detach());
+  });
+}
+
+uint32_t vq_addref(vq_object* obj) {
+  return obj == nullptr ? 0 : from_handle(obj)->add_ref();
+}
+
+uint32_t vq_release(vq_object* obj) {
+  return obj == nullptr ? 0 : from_handle(obj)->release();
+}
+
+int32_t vq_get_dispid(vq_object* obj, const char* member_name, int32_t* dispid) {
+  return guarded([&] {
+    Object& object = require(obj);
+    if (member_name == nullptr || dispid == nullptr) throw Error(errc::kInvalidArgument);
+    *dispid = get_ids_of_names(object, member_name);
+  });
+}
+
+int32_t vq_invoke(vq_object* obj, int32_t dispid, int32_t flags, vq_value* args, size_t nargs,
+                  vq_value* result) {
+  if (result != nullptr) *result = vq_value{};
+  return guarded([&] {
+    Object& object = require(obj);
+    if (nargs > 0 && args == nullptr) throw Error(errc::kInvalidArgument);
+    std::vector<Variant> values;
+    values.reserve(nargs);
+    for (size_t i = 0; i < nargs; ++i) values.push_back(to_variant(args[i]));
+    const std::vector<Variant> before = values;
+    Variant answer = invoke(object, dispid, flags, values);
+    for (size_t i = 0; i < nargs; ++i) {
+      if (!(values[i] == before[i])) write_back(values[i], &args[i]);
+    }
+    if (result != nullptr) fill_value(answer, result);
+  });
+}
+
+void vq_value_clear(vq_value* value) {
+  if (value == nullptr) return;
+  if (value->kind == VQ_TEXT) std::free(value->text);
+  if (value->kind == VQ_OBJECT && value->obj != nullptr) from_handle(value->obj)->release();
+  *value = vq_value{};
+}
+
+int32_t vq_error_number(void) { return t_last_error.number; }
+const char* vq_error_source(void) { return t_last_error.source.c_str(); }
+const char* vq_error_description(void) { return t_last_error.description.c_str(); }
+
+int32_t vq_advise(vq_object* obj, vq_event_fn fn, void* context, uint32_t* cookie) {
+  return guarded([&] {
+    Object& object = require(obj);
+    if (fn == nullptr || cookie == nullptr) throw Error(errc::kInvalidArgument);
+    EventConnections* connections = object.event_connections();
+    if (connections == nullptr) throw Error(errc::kNoInterface);
+    *cookie = connections->advise([fn, context](Object& source, int32_t id) {
+      fn(context, to_handle(&source), id);
+    });
+  });
+}
+
+int32_t vq_unadvise(vq_object* obj, uint32_t cookie) {
+  return guarded([&] {
+    Object& object = require(obj);
+    EventConnections* connections = object.event_connections();
+    if (connections == nullptr) throw Error(errc::kNoInterface);
+    connections->unadvise(cookie);
+  });
+}
+
+int32_t vq_enum_next(vq_object* enumerator, vq_value* out) {
+  bool more = false;
+  int32_t failure = guarded([&] {
+    Object& object = require(enumerator);
+    if (out == nullptr) throw Error(errc::kInvalidArgument);
+    *out = vq_value{};
+    auto* walker = dynamic_cast<Enumerator*>(&object);
+    if (walker == nullptr) throw Error(errc::kTypeMismatch);
+    Variant member;
+    more = walker->Next(&member);
+    if (more) fill_value(member, out);
+  });
+  return failure != 0 ? failure : (more ? 1 : 0);
+}
+
+}  // extern "C"

@@ -1,0 +1,108 @@
+// CString: a growable buffer of single-byte characters with a current length.
+//
+// Text enters converted to the engine's code page (one byte per character) and leaves
+// converted back. Positions are 1-based for callers.
+//
+// The reported buffer size follows the exact-fit rule (it becomes exactly the length
+// needed when a write overflows it), while the storage underneath grows geometrically,
+// so appending n pieces costs O(total bytes), not O(n * total).
+//
+// Errors are raised directly (no handler, nothing logged): number 5 with source
+// "CString" and description "Invalid length" or "Invalid starting position".
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "vexqom/object.h"
+#include "vexqom/text.h"
+#include "vexqom/variant.h"
+
+namespace vexqom {
+
+class CString : public Object {
+ public:
+  static constexpr int32_t kInitialBufferSize = 2048;
+
+  CString();  // buffer size 2048, length 0
+  const ClassInfo& class_info() const override;
+
+  void SetBufferSize(int32_t newSize, bool clearIt = false);
+  int32_t buffer_size() const { return buffer_size_; }  // the reported (exact-fit) size
+
+  Text get_Value() const;
+  void put_Value(TextView newValue);
+
+  // Writes a zero byte at index length and returns the address of the first byte;
+  // valid until the next operation that grows the buffer.
+  const char* StrPtr();
+
+  int32_t get_Length() const { return length_; }
+  void put_Length(int32_t newLength);
+
+  void Clear() { length_ = 0; }
+  Ref<CString> Copy();
+
+  Ref<CString> get_Left(int32_t numChars) const;
+  void put_Left(int32_t numChars, const Variant& newValue);
+  void putref_Left(int32_t numChars, const CString& newValue);
+  Ref<CString> get_Right(int32_t numChars) const;
+  void put_Right(int32_t numChars, const Variant& newValue);
+  void putref_Right(int32_t numChars, const CString& newValue);
+  Ref<CString> get_Mid(int32_t startPos, std::optional<int32_t> numChars = std::nullopt) const;
+  void put_Mid(int32_t startPos, std::optional<int32_t> numChars, const Variant& newValue);
+  void putref_Mid(int32_t startPos, std::optional<int32_t> numChars, const CString& newValue);
+
+  int16_t Asc() const;  // first byte 0..255, -1 when empty
+  // Byte at 1-based index; -1 (a value a byte cannot hold) outside 1..length.
+  int16_t get_Char(int32_t index) const;
+  void put_Char(int32_t index, uint8_t newValue);
+
+  // 1-based position of the first exact occurrence at or after start; 0 when none;
+  // the start itself for an empty pattern. Start below 1 raises 9.
+  int32_t Instr(const Variant& search, int32_t start) const;  // Text (or number) search
+  int32_t Instr(const CString& search, int32_t start) const;
+  int32_t InstrBytes(std::string_view pattern, int32_t start) const;
+
+  CString& Ucase();
+  CString& LCase();
+  CString& ReverseStr();
+
+  CString& Append(const Variant& arg);  // Text, number (its text form) or CString object
+  CString& Append(TextView text);
+  CString& Append(const CString& other);
+  CString& AppendBytes(std::string_view bytes);
+
+  // Boyer-Moore-Horspool with a table cached per instance. StartPos missing or below 1
+  // starts at 1; an empty Search gives 0.
+  int32_t Find(const Text& search, std::optional<int32_t> startPos = std::nullopt);
+
+  // Binary file members on a file the caller opened; errors pass on (error 75).
+  void WriteToFile(std::FILE* file, bool prefixLength = false);
+  void ReadFromFile(std::FILE* file, bool prefixLength = false);
+
+  int32_t TrimToNull();
+
+  // Fills the buffer from memory (count bytes); negative count raises "Invalid length".
+  void SetFromPointer(const void* source, int32_t count);
+
+  // The bytes in use, for searches that work in place.
+  std::string_view bytes() const { return {data_.data(), static_cast<size_t>(length_)}; }
+  // Mutable access to the bytes (index 0 .. buffer size); for routines that write into it.
+  char* data() { return data_.data(); }
+
+ private:
+  void ensure_size(int32_t needed);  // exact-fit reported size, geometric storage
+
+  std::vector<char> data_;  // capacity >= buffer_size_ + 1
+  int32_t buffer_size_ = 0;
+  int32_t length_ = 0;
+  Text find_cache_text_;
+  int32_t find_table_[256] = {};
+  bool find_cache_valid_ = false;
+};
+
+}  // namespace vexqom

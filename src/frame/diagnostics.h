@@ -1,0 +1,47 @@
+// Per-thread diagnostic state and the two log writers.
+//
+// Every thread has its own copy of this state; it starts with empty paths and every
+// switch off. The first ErrorLog_Write of a thread locates the log files beside the
+// library's own file and reads the trace flag file; tracing therefore begins only after
+// the first logged error of a thread.
+#pragma once
+
+#include <string>
+
+#include "frame/procedure.h"
+#include "vexqom/text.h"
+
+namespace vexqom::diag {
+
+struct ThreadState {
+  Text ErrorLogPath;
+  Text TraceLogPath;
+  bool TraceToFile = false;
+  bool TraceActive = false;
+  bool error_writer_busy = false;
+  bool trace_writer_busy = false;
+  bool init_running = false;  // stops a nested LogFiles_Init from recursing
+  ErrorState module_errors;   // LastErrorNumber / LastErrorMessage of the module
+  // The XML writer switches gXMLCompress and gXMLZeroSuppress.
+  bool XMLCompress = false;
+  bool XMLZeroSuppress = false;
+};
+
+ThreadState& thread_state();
+
+void ErrorLog_Write(Text message);
+void TraceLog_Write(Text message);
+void LogFiles_Init();
+void TraceToFile_Set(bool on);
+inline bool TraceActive() { return thread_state().TraceActive; }
+
+// The library's own file as the platform reports it (dladdr), e.g.
+// "/opt/lib/libvexqom_PLUMEK2.so". Tests may point it elsewhere; the override holds
+// for threads whose log files are not initialised yet.
+std::string library_file();
+void set_library_file_override(std::string path);  // empty: back to dladdr
+
+// Forgets this thread's state (paths, switches, busy flags); for tests.
+void reset_thread_state_for_testing();
+
+}  // namespace vexqom::diag

@@ -1,0 +1,528 @@
+// clsXML: construction, settings, the builder, escaping and the two readers.
+//
+// The buffer holds code-page bytes. Values and tags are converted once per call; every
+// search runs on buffer().bytes() in place.
+#include "xml/clsXML.h"
+
+#include <limits>
+
+#include "frame/class_info.h"
+#include "frame/procedure.h"
+#include "frame/text_procedures.h"
+#include "vexqom/variant.h"
+
+namespace vexqom {
+
+namespace {
+
+constexpr std::string_view kCrLf = "\r\n";
+
+// Integer arithmetic of the host: results outside 16 bits raise overflow.
+int16_t checked16(int32_t v) {
+  if (v < std::numeric_limits<int16_t>::min() || v > std::numeric_limits<int16_t>::max()) {
+    throw Error(errc::kOverflow);
+  }
+  return static_cast<int16_t>(v);
+}
+
+bool looks_like_xml(TextView text) {
+  return !text.empty() && text.front() == u'<' && text.back() == u'>';
+}
+
+const char* entity_for(char c) {
+  switch (c) {
+    case '&': return "&amp;";
+    case '<': return "&lt;";
+    case '>': return "&gt;";
+    case '\'': return "&apos;";
+    case '"': return "&quot;";
+    default: return nullptr;
+  }
+}
+
+// Escapes out[from..] in place. Ampersands are replaced in the same single pass as the
+// rest, which equals replacing them first: no replacement introduces a special character
+// other than the ampersand it starts with.
+void escape_tail(std::string& out, size_t from) {
+  size_t first = out.find_first_of("&<>'\"", from);
+  if (first == std::string::npos) return;
+  std::string tail = out.substr(first);
+  out.resize(first);
+  for (char c : tail) {
+    if (const char* entity = entity_for(c)) {
+      out += entity;
+    } else {
+      out += c;
+    }
+  }
+}
+
+void replace_all(Text& text, TextView what, TextView with) {
+  size_t pos = text.find(what);
+  if (pos == Text::npos) return;
+  Text out;
+  out.reserve(text.size());
+  size_t from = 0;
+  while (pos != Text::npos) {
+    out.append(text, from, pos - from);
+    out.append(with);
+    from = pos + what.size();
+    pos = text.find(what, from);
+  }
+  out.append(text, from, Text::npos);
+  text = std::move(out);
+}
+
+Text apostrophes_to_quotes(Text text) {
+  for (char16_t& c : text) {
+    if (c == u'\'') c = u'"';
+  }
+  return text;
+}
+
+std::string_view trim_byte_blanks(std::string_view s) {
+  size_t b = 0;
+  size_t e = s.size();
+  while (b < e && s[b] == ' ') ++b;
+  while (e > b && s[e - 1] == ' ') --e;
+  return s.substr(b, e - b);
+}
+
+// The closing text for a Prefix that holds a blank: when the Prefix opens an element
+// ("<name attr...>", not a declaration, comment or empty-element tag) the matching end
+// tag "</name>", otherwise nothing.
+Text derived_suffix(const Text& prefix) {
+  if (prefix.size() < 2 || prefix[0] != u'<') return Text();
+  const char16_t first = prefix[1];
+  if (first == u'!' || first == u'?' || first == u'/' || first == u' ' || first == u'>') {
+    return Text();
+  }
+  if (prefix.size() >= 2 && prefix.compare(prefix.size() - 2, 2, u"/>") == 0) return Text();
+  size_t end = prefix.find_first_of(u" \t\r\n/>", 1);
+  if (end == Text::npos) end = prefix.size();
+  return u"</" + prefix.substr(1, end - 1) + u">";
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------------------
+// Lifetime
+
+clsXML::clsXML() { Clear(false); }
+
+clsXML::~clsXML() {
+  ignore_errors([&] { Clear(true); });
+  errors_ = ErrorState{};
+}
+
+const ClassInfo& clsXML::class_info() const { return private_class_info("clsXML"); }
+
+void clsXML::Clear(bool xbDestroyObject) {
+  run_procedure(errors_, u"clsXML | Clear", Trace::No, [&](int& line) {
+    line = 1;
+    buffer_.reset();
+    groups_.reset();
+    line = 2;
+    loaded_ = false;
+    version_.clear();
+    encoding_.clear();
+    stylesheet_.clear();
+    line = 3;
+    snippet_ = false;
+    formatted_ = false;
+    validate_ = true;
+    compress_ = false;
+    zero_suppress_ = false;
+    line = 4;
+    quote_ = u'"';
+    apostrophe_ = u'\'';
+    prefix_.clear();
+    suffix_.clear();
+    doctype_.clear();
+    group_counter_ = 0;
+    level_ = 1;
+    indent_ = 4;
+    line = 5;
+    if (!xbDestroyObject) {
+      line = 6;
+      header_template_ = u"<?xml {ver} {enc} ?>";
+      version_ = u"1.0";
+      encoding_ = u"UTF-8";
+      line = 7;
+      buffer_ = create<CString>();
+      groups_.emplace();
+      line = 8;
+      value_memory_.position = 0;
+      value_memory_.element = 0;
+      block_memory_.position = 0;
+      block_memory_.element = 0;
+    }
+  });
+}
+
+// ---------------------------------------------------------------------------
+// Settings
+
+void clsXML::put_ZeroSuppress(bool xbVal) {
+  zero_suppress_ = xbVal;
+  if (xbVal) compress_ = true;
+}
+
+void clsXML::put_Version(const Text& xsVal) { version_ = apostrophes_to_quotes(xsVal); }
+void clsXML::put_Stylesheet(const Text& xsVal) { stylesheet_ = apostrophes_to_quotes(xsVal); }
+void clsXML::put_Encoding(const Text& xsVal) { encoding_ = apostrophes_to_quotes(xsVal); }
+void clsXML::put_DOCTYPE(const Text& xsVal) { doctype_ = apostrophes_to_quotes(xsVal); }
+
+void clsXML::put_Prefix(const Text& xsVal) {
+  prefix_ = apostrophes_to_quotes(xsVal);
+  suffix_ = prefix_.find(u' ') == Text::npos ? Text() : derived_suffix(prefix_);
+}
+
+void clsXML::put_indent(const Text& xiVal) {
+  double v = 0;
+  if (!is_numeric_text(xiVal, &v)) throw Error(errc::kTypeMismatch);
+  if (v < 0) v = 4;
+  if (v > 10) v = 10;
+  indent_ = round_to_integer(v);
+}
+
+void clsXML::put_Level(int16_t xiLevel) {
+  if (xiLevel < level_) {
+    // One group only, indented from the level before lowering.
+    close_innermost_group(level_);
+    level_ = xiLevel;
+  } else if (snippet_) {
+    level_ = xiLevel;
+  }
+}
+
+// ---------------------------------------------------------------------------
+// Shared pieces
+
+CString& clsXML::buffer() {
+  if (!buffer_) throw Error(errc::kObjectNotSet);
+  return *buffer_;
+}
+
+std::vector<Text>& clsXML::group_stack() {
+  if (!groups_) throw Error(errc::kObjectNotSet);
+  return *groups_;
+}
+
+std::string clsXML::code_page_bytes(const Text& text) { return to_code_page(text); }
+
+Text clsXML::LineBreak() const { return formatted_ ? Text(u"\r\n") : Text(); }
+
+Text clsXML::IndentText(int16_t count) const {
+  if (!formatted_) return Text();
+  if (count < 0) throw Error(errc::kInvalidProcedureCall);  // no negative run of blanks
+  return Text(static_cast<size_t>(count), u' ');
+}
+
+Text clsXML::indentation_for_level(int16_t level) const {
+  return IndentText(checked16(int32_t{checked16(int32_t{level} - 1)} * indent_));
+}
+
+void clsXML::append_indentation(std::string& out, int16_t level) const {
+  const int16_t count = checked16(int32_t{checked16(int32_t{level} - 1)} * indent_);
+  if (!formatted_) return;
+  if (count < 0) throw Error(errc::kInvalidProcedureCall);
+  out.append(static_cast<size_t>(count), ' ');
+}
+
+void clsXML::close_innermost_group(int16_t indent_level) {
+  CString& buf = buffer();
+  std::string out;
+  append_indentation(out, indent_level);
+  std::vector<Text>& groups = group_stack();
+  if (groups.empty()) throw Error(errc::kInvalidProcedureCall);  // no such list entry
+  out += "</";
+  append_code_page(out, groups.back());
+  out += '>';
+  if (formatted_) out += kCrLf;
+  buf.AppendBytes(out);
+  groups.pop_back();
+}
+
+void clsXML::forget_search_memories() {
+  value_memory_.position = 0;
+  value_memory_.element = 0;
+  block_memory_.position = 0;
+  block_memory_.element = 0;
+}
+
+size_t clsXML::skip_end_tags(std::string_view text, std::string_view end_tag, int16_t element) {
+  size_t pos = 0;
+  for (int32_t i = 1; i < element; ++i) {
+    const size_t found = text.find(end_tag, pos);
+    if (found == std::string_view::npos) return 0;  // too few: start over at the top
+    pos = found + end_tag.size();
+  }
+  return pos;
+}
+
+void clsXML::replace_span(size_t from, size_t to, std::string_view replacement) {
+  CString& buf = buffer();
+  const std::string_view text = buf.bytes();
+  std::string rebuilt;
+  rebuilt.reserve(text.size() - (to - from) + replacement.size());
+  rebuilt.append(text.substr(0, from));
+  rebuilt.append(replacement);
+  rebuilt.append(text.substr(to));
+  if (rebuilt.size() > static_cast<size_t>(std::numeric_limits<int32_t>::max())) {
+    throw Error(errc::kOutOfMemory);
+  }
+  buf.SetFromPointer(rebuilt.data(), static_cast<int32_t>(rebuilt.size()));
+}
+
+// ---------------------------------------------------------------------------
+// Whole text
+
+void clsXML::put_XML(const Text& xsXML) {
+  if (!buffer_) buffer_ = create<CString>();
+  buffer_->put_Value(xsXML);
+  value_memory_ = SearchMemory{};
+  block_memory_ = SearchMemory{};
+  loaded_ = true;
+}
+
+Text clsXML::get_XML() {
+  if (loaded_) return from_code_page(buffer().bytes());
+  return ComposeDocument();
+}
+
+Text clsXML::ComposeDocument() {
+  // The closing tags go into the buffer itself: the groups stay closed.
+  while (!group_stack().empty()) EndGroup();
+  CString& buf = buffer();
+  if (snippet_) return from_code_page(buf.bytes());
+
+  const Text version = version_.empty() ? Text() : u"version=" + str_Quoted(version_);
+  const Text encoding = encoding_.empty() ? Text() : u"encoding=" + str_Quoted(encoding_);
+  replace_all(header_template_, u"{ver}", version);
+  replace_all(header_template_, u"{enc}", encoding);
+
+  Text out = header_template_;
+  for (const Text* part : {&stylesheet_, &prefix_, &doctype_}) {
+    if (!part->empty()) {
+      out += *part;
+      out += u"\r\n";
+    }
+  }
+  out += from_code_page(buf.bytes());
+  if (!suffix_.empty()) {
+    out += suffix_;
+    out += u"\r\n";
+  }
+  return out;
+}
+
+// ---------------------------------------------------------------------------
+// Builder
+
+void clsXML::Add(const Text& xsTagNam, const Text& xsStrVal, bool xbNewGroup,
+                 bool xbEndGroup) {
+  run_procedure(errors_, u"clsXML | Add", Trace::No, [&](int& line) {
+    line = 1;
+    if (xsTagNam.empty()) return;
+    line = 2;
+    if (xbNewGroup) {
+      line = 3;
+      std::vector<Text>& groups = group_stack();
+      if (group_counter_ == std::numeric_limits<int32_t>::max()) throw Error(errc::kOverflow);
+      ++group_counter_;
+      groups.push_back(xsTagNam);
+    } else if (compress_) {
+      line = 4;
+      if (xsStrVal.empty()) return;
+      line = 5;
+      double number = 0;
+      if (zero_suppress_ && is_numeric_text(xsStrVal, &number) && number == 0) return;
+    }
+    line = 6;
+    CString& buf = buffer();
+    std::string& out = scratch_;
+    out.clear();
+    append_indentation(out, level_);
+    out += '<';
+    append_code_page(out, xsTagNam);
+    out += '>';
+    line = 7;
+    const size_t value_start = out.size();
+    append_code_page(out, xsStrVal);
+    if (validate_ && !looks_like_xml(xsStrVal)) escape_tail(out, value_start);
+    line = 8;
+    if (!xbNewGroup) {
+      out += "</";
+      append_code_page(out, xsTagNam);
+      out += '>';
+    }
+    if (formatted_) out += kCrLf;
+    buf.AppendBytes(out);
+    line = 9;
+    if (xbNewGroup) level_ = checked16(int32_t{level_} + 1);
+    line = 10;
+    if (xbEndGroup) EndGroup();
+  });
+}
+
+void clsXML::AddXML(const Text& xsXML) {
+  CString& buf = buffer();
+  std::string out;
+  append_indentation(out, level_);
+  append_code_page(out, xsXML);
+  if (formatted_) out += kCrLf;
+  buf.AppendBytes(out);
+}
+
+void clsXML::EndGroup() {
+  if (group_stack().empty()) return;
+  level_ = checked16(int32_t{level_} - 1);
+  close_innermost_group(level_);
+}
+
+void clsXML::Comment(const Text& xsComment) {
+  CString& buf = buffer();
+  std::string out = "<!-- \t";
+  append_code_page(out, xsComment);
+  out += "\t-->";
+  if (formatted_) out += kCrLf;
+  buf.AppendBytes(out);
+}
+
+// ---------------------------------------------------------------------------
+// Escaping
+
+Text clsXML::EscapeValue(const Text& text) {
+  if (looks_like_xml(text)) return text;
+  size_t first = text.find_first_of(u"&<>'\"");
+  if (first == Text::npos) return text;
+  Text out(text, 0, first);
+  out.reserve(text.size() + 16);
+  for (size_t i = first; i < text.size(); ++i) {
+    const char16_t c = text[i];
+    const char* entity = c < 0x80 ? entity_for(static_cast<char>(c)) : nullptr;
+    if (entity) {
+      for (const char* p = entity; *p; ++p) out += static_cast<char16_t>(*p);
+    } else {
+      out += c;
+    }
+  }
+  return out;
+}
+
+Text clsXML::GetFieldValue(const Text& xsXMLfield) {
+  Text out = xsXMLfield;
+  if (out.find(u'&') == Text::npos) return out;
+  // One pass per reference, ampersands last, so "&amp;lt;" gives "&lt;".
+  replace_all(out, u"&lt;", u"<");
+  replace_all(out, u"&gt;", u">");
+  replace_all(out, u"&apos;", u"'");
+  replace_all(out, u"&quot;", u"\"");
+  replace_all(out, u"&amp;", u"&");
+  return out;
+}
+
+Text clsXML::UnescapeText(const Text& text) {
+  if (looks_like_xml(text)) return text;
+  return GetFieldValue(text);
+}
+
+// ---------------------------------------------------------------------------
+// Readers
+
+Text clsXML::get_Value(const Text& xsTagName, int16_t xiElement) {
+  return run_procedure(errors_, u"clsXML | Get Value", Trace::Yes, [&](int& line) -> Text {
+    line = 1;
+    const std::string_view text = buffer().bytes();
+    if (text.empty() || xsTagName.empty()) return Text();
+    line = 2;
+    const std::string name = code_page_bytes(xsTagName);
+    const std::string start = "<" + name + ">";
+    const std::string end = "</" + name + ">";
+    line = 3;
+    size_t from = 0;
+    if (value_memory_.tag == name && value_memory_.element == int32_t{xiElement} - 1 &&
+        value_memory_.position > 0) {
+      from = static_cast<size_t>(value_memory_.position) - 1;
+    } else {
+      line = 4;
+      from = skip_end_tags(text, end, xiElement);
+    }
+    line = 5;
+    value_memory_.position = 0;
+    line = 6;
+    const size_t s = text.find(start, from);
+    if (s == std::string_view::npos) return Text();
+    const size_t value_begin = s + start.size();
+    line = 7;
+    const size_t e = text.find(end, value_begin);
+    if (e == std::string_view::npos) return Text();
+    line = 8;
+    value_memory_.position = static_cast<int32_t>(e + end.size() + 1);
+    value_memory_.element = xiElement;
+    value_memory_.tag = name;
+    line = 9;
+    return UnescapeText(
+        from_code_page(trim_byte_blanks(text.substr(value_begin, e - value_begin))));
+  });
+}
+
+Text clsXML::get_Block(const Text& xsTagName, int16_t xiElement) {
+  return run_procedure(errors_, u"clsXML | Get Block", Trace::No, [&](int& line) -> Text {
+    line = 1;
+    const std::string_view text = buffer().bytes();
+    if (text.empty() || xsTagName.empty()) return Text();
+    line = 2;
+    const std::string name = code_page_bytes(xsTagName);
+    std::string start;
+    std::string end;
+    size_t from = 0;
+    const bool remembered = block_memory_.tag == name &&
+                            block_memory_.element == int32_t{xiElement} - 1 &&
+                            block_memory_.position > 0;
+    if (remembered) {
+      line = 3;
+      start = block_memory_.start_pattern;
+      end = block_memory_.end_pattern;
+      from = static_cast<size_t>(block_memory_.position) - 1;
+    } else {
+      line = 4;
+      start = "<" + name + ">";
+      end = "</" + name + ">";
+      from = skip_end_tags(text, end, xiElement);
+    }
+    line = 5;
+    block_memory_.position = 0;
+    size_t s = text.find(start, from);
+    line = 6;
+    if (s == std::string_view::npos) {
+      if (remembered) return Text();
+      line = 7;
+      start = "<" + name + " ";  // a start tag with attributes
+      s = text.find(start, from);
+      if (s == std::string_view::npos) return Text();
+    }
+    line = 8;
+    size_t e = text.find(end, s);
+    line = 9;
+    if (e == std::string_view::npos) {
+      if (remembered) return Text();
+      line = 10;
+      end = "/>";  // an empty-element tag
+      e = text.find(end, s);
+      if (e == std::string_view::npos) return Text();
+    }
+    line = 11;
+    const size_t after = e + end.size();
+    block_memory_.position = static_cast<int32_t>(after + 1);
+    block_memory_.element = xiElement;
+    block_memory_.tag = name;
+    block_memory_.start_pattern = std::move(start);
+    block_memory_.end_pattern = std::move(end);
+    line = 12;
+    return from_code_page(trim_byte_blanks(text.substr(s, after - s)));
+  });
+}
+
+}  // namespace vexqom

@@ -1,0 +1,134 @@
+// clsXML: the private XML text engine. It builds XML text element by element into a
+// single-byte buffer and reads values and whole elements back by literal tag search.
+// It is a text engine, not a parser: nothing it is given is validated.
+//
+// Searches run on the buffer's bytes in place; only the values read or written are
+// converted between Text and the code page.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "frame/CString.h"
+#include "vexqom/error.h"
+#include "vexqom/object.h"
+#include "vexqom/text.h"
+
+namespace vexqom {
+
+class DomDocument;  // the DOM adapter over libxml2 (xml/dom_document.h)
+
+class clsXML : public Object {
+ public:
+  clsXML();  // Clear(false)
+  ~clsXML() override;
+  const ClassInfo& class_info() const override;
+
+  // ---- Settings (write-only) ----
+  void put_Snippet(bool xbVal) { snippet_ = xbVal; }
+  void put_Formatted(bool xbVal) { formatted_ = xbVal; }
+  void put_validate(bool xbVal) { validate_ = xbVal; }
+  void put_Compress(bool xbVal) { compress_ = xbVal; }
+  void put_ZeroSuppress(bool xbVal);  // true also turns Compress on
+  void put_Version(const Text& xsVal);
+  void put_Stylesheet(const Text& xsVal);
+  void put_Encoding(const Text& xsVal);
+  void put_Prefix(const Text& xsVal);  // derives Suffix when it holds a blank
+  void put_Suffix(const Text& xsVal) { suffix_ = xsVal; }
+  void put_DOCTYPE(const Text& xsVal);
+  void put_indent(const Text& xiVal);  // a number as text; 13 when not numeric
+  void put_Level(int16_t xiLevel);
+
+  // ---- Whole text ----
+  void put_XML(const Text& xsXML);
+  Text get_XML();
+
+  // ---- Builder ----
+  void Add(const Text& xsTagNam, const Text& xsStrVal, bool xbNewGroup = false,
+           bool xbEndGroup = false);
+  void AddAttrVal(const Text& xsTagNam, const Text& xsAttr, const Text& xsVal,
+                  bool xbNewGroup = false);
+  void AddXML(const Text& xsXML);
+  void EndGroup();
+  void Comment(const Text& xsComment);
+  void Clear(bool xbDestroyObject = false);
+
+  // ---- Escaping ----
+  static Text GetFieldValue(const Text& xsXMLfield);
+  static Text EscapeValue(const Text& text);
+  static Text UnescapeText(const Text& text);
+
+  // ---- Readers and editors ----
+  Text get_Value(const Text& xsTagName, int16_t xiElement = 0);
+  void put_Value(const Text& xsTagName, int16_t xiElement, const Text& xsValue);
+  Text get_Block(const Text& xsTagName, int16_t xiElement = 0);
+  void put_Block(const Text& xsTagName, int16_t xiElement, const Text& xsBlock);
+  Text get_Attrib(const Text& xsTag, const Text& xsAttr);
+  void put_Attrib(const Text& xsTag, const Text& xsAttr, const Text& xsValue);
+
+  // ---- Files and the DOM parser ----
+  void XMLFileRead(const Text& fileName);
+  void XMLFileWrite(const Text& fileName, bool clear);
+  Ref<DomDocument> DocumentCreate(const Text& xsXML, bool validate = false);
+  Ref<DomDocument> DocumentLoad(const Text& xsFilename, bool validate = false);
+
+  // ---- Reshaping ----
+  // Without an argument they work on (and replace) the engine's own buffer.
+  Text Prettify(const std::optional<Text>& xsXML = std::nullopt);
+  Text XMLcompress(const std::optional<Text>& xvXML = std::nullopt);
+
+  const ErrorState& last_error() const { return errors_; }
+
+ private:
+  struct SearchMemory {
+    int32_t position = 0;  // 1-based, just after the end tag of the element read last
+    int32_t element = 0;
+    std::string tag;  // code-page bytes of the tag name
+    std::string start_pattern;
+    std::string end_pattern;
+  };
+
+  // Shared by the builder members.
+  Text LineBreak() const;
+  Text IndentText(int16_t count) const;
+  Text indentation_for_level(int16_t level) const;  // 16-bit product, error 6
+  void close_innermost_group(int16_t indent_level);
+  CString& buffer();               // error 91 when destroyed
+  std::vector<Text>& group_stack();  // error 91 when destroyed
+  Text ComposeDocument();
+  void forget_search_memories();
+  // Converted once per call: the pattern bytes of a tag.
+  static std::string code_page_bytes(const Text& text);
+  // Byte-level helpers shared by the readers and the editors.
+  void append_indentation(std::string& out, int16_t level) const;  // 16-bit product, error 6
+  static size_t skip_end_tags(std::string_view text, std::string_view end_tag,
+                              int16_t element);  // 0-based start of the search
+  void replace_span(size_t from, size_t to, std::string_view replacement);
+
+  Ref<CString> buffer_;                       // null after Clear(true)
+  std::optional<std::vector<Text>> groups_;   // the group stack; absent after Clear(true)
+  int32_t group_counter_ = 0;
+  bool loaded_ = false;
+  Text header_template_ = u"<?xml {ver} {enc} ?>";
+  Text version_ = u"1.0";
+  Text encoding_ = u"UTF-8";
+  Text stylesheet_, doctype_, prefix_, suffix_;
+  bool formatted_ = false;
+  bool validate_ = true;
+  bool compress_ = false;
+  bool zero_suppress_ = false;
+  bool snippet_ = false;
+  int16_t indent_ = 4;
+  int16_t level_ = 1;
+  char16_t quote_ = u'"';
+  char16_t apostrophe_ = u'\'';
+  SearchMemory value_memory_;
+  SearchMemory block_memory_;
+  ErrorState errors_;
+  std::string scratch_;  // reused by the builder, so a warm Add allocates nothing
+};
+
+}  // namespace vexqom

@@ -1,0 +1,61 @@
+#include "support/log_folder.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "frame/diagnostics.h"
+
+namespace vexqom::testing {
+
+LogFolder::LogFolder() {
+  char pattern[] = "/tmp/vexqom-test-XXXXXX";
+  path_ = ::mkdtemp(pattern);
+  diag::set_library_file_override(path_ + "/libvexqom_PLUMEK2.so");
+  diag::reset_thread_state_for_testing();
+}
+
+LogFolder::~LogFolder() {
+  diag::set_library_file_override("");
+  diag::reset_thread_state_for_testing();
+  std::error_code ec;
+  std::filesystem::remove_all(path_, ec);
+}
+
+void LogFolder::create_trace_flag() const { write_file(trace_flag_path(), ""); }
+
+std::string LogFolder::read_file(const std::string& file) {
+  std::ifstream in(file, std::ios::binary);
+  std::ostringstream s;
+  s << in.rdbuf();
+  return s.str();
+}
+
+void LogFolder::write_file(const std::string& file, const std::string& bytes) {
+  std::ofstream out(file, std::ios::binary | std::ios::trunc);
+  out << bytes;
+}
+
+std::vector<std::string> LogFolder::lines(const std::string& file) {
+  std::string all = read_file(file);
+  std::vector<std::string> out;
+  size_t start = 0;
+  while (start < all.size()) {
+    size_t end = all.find("\r\n", start);
+    if (end == std::string::npos) {
+      out.push_back(all.substr(start));
+      break;
+    }
+    out.push_back(all.substr(start, end - start));
+    start = end + 2;
+  }
+  return out;
+}
+
+std::string log_message(const std::string& line) {
+  // "yyyymmdd|hh:mm:ss" (17) + " " + user (12) + " "
+  return line.size() >= 31 ? line.substr(31) : std::string();
+}
+
+}  // namespace vexqom::testing
