@@ -45,6 +45,13 @@ VQ_EXPORT int32_t  vq_advise(vq_object* obj, vq_event_fn fn, void* context, uint
 VQ_EXPORT int32_t  vq_unadvise(vq_object* obj, uint32_t cookie);
 VQ_EXPORT int32_t  vq_enum_next(vq_object* enumerator, vq_value* out);  /* 1: a member, 0: the end */
 
+/* ---- Extension: member description, for dynamic hosts such as script bindings ----
+ * accessors: the member's VQ_METHOD / VQ_GET / VQ_LET / VQ_SET flags or'ed together;
+ * get_params: the number of parameters (required and optional) of its get, or of its
+ * method when it has no get; -1 when it has neither. */
+VQ_EXPORT int32_t vq_member_info(vq_object* obj, int32_t dispid, int32_t* accessors,
+                                 int32_t* get_params);
+
 /* ---- In-process server entry points ---- */
 
 typedef struct vq_guid {

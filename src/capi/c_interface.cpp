@@ -5,7 +5,8 @@
 #include <vector>
 
 #include "capi/c_values.h"
-#include "frame/enumerator.h"
+#include "frame/class_info.h"
+#include "vexqom/Enumerator.h"
 #include "vexqom.h"
 #include "vexqom/dispatch.h"
 #include "vexqom/error.h"
@@ -141,6 +142,20 @@ int32_t vq_unadvise(vq_object* obj, uint32_t cookie) {
     EventConnections* connections = object.event_connections();
     if (connections == nullptr) throw Error(errc::kNoInterface);
     connections->unadvise(cookie);
+  });
+}
+
+int32_t vq_member_info(vq_object* obj, int32_t dispid, int32_t* accessors, int32_t* get_params) {
+  return guarded([&] {
+    Object& object = require(obj);
+    if (accessors == nullptr || get_params == nullptr) throw Error(errc::kInvalidArgument);
+    const MemberSpec* member = object.class_info().find(dispid);
+    if (member == nullptr) throw Error(errc::kMemberNotFound);
+    *accessors = 0;
+    for (const AccessorSpec& a : member->accessors) *accessors |= static_cast<int32_t>(a.kind);
+    const AccessorSpec* reader = member->accessor(Access::Get);
+    if (reader == nullptr) reader = member->accessor(Access::Method);
+    *get_params = reader == nullptr ? -1 : static_cast<int32_t>(reader->params.size());
   });
 }
 

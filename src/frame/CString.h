@@ -14,9 +14,11 @@
 #include <cstdint>
 #include <cstdio>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
+#include "vexqom/error.h"
 #include "vexqom/object.h"
 #include "vexqom/text.h"
 #include "vexqom/variant.h"
@@ -73,6 +75,8 @@ class CString : public Object {
 
   CString& Append(const Variant& arg);  // Text, number (its text form) or CString object
   CString& Append(TextView text);
+  CString& Append(const Text& text) { return Append(TextView(text)); }
+  CString& Append(const char16_t* text) { return Append(TextView(text)); }
   CString& Append(const CString& other);
   CString& AppendBytes(std::string_view bytes);
 
@@ -101,6 +105,7 @@ class CString : public Object {
   int32_t buffer_size_ = 0;
   int32_t length_ = 0;
   Text find_cache_text_;
+  std::string find_cache_bytes_;  // find_cache_text_ in the code page
   int32_t find_table_[256] = {};
   bool find_cache_valid_ = false;
 };

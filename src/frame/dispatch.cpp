@@ -34,15 +34,10 @@ Variant coerce(const Variant& in, const TypeRef& type) {
 const AccessorSpec* choose_accessor(const MemberSpec& member, int32_t flags) {
   if (flags & kInvokeLet) return member.accessor(Access::Let);
   if (flags & kInvokeSet) return member.accessor(Access::Set);
-  // A property get and a method are interchangeable for dispatch clients
-  // (obj.Item(1) arrives as METHOD | GET, a function may be read like a property).
-  if (flags & (kInvokeGet | kInvokeMethod)) {
-    const AccessorSpec* preferred =
-        member.accessor((flags & kInvokeGet) ? Access::Get : Access::Method);
-    if (preferred != nullptr) return preferred;
-    return member.accessor((flags & kInvokeGet) ? Access::Method : Access::Get);
-  }
-  return nullptr;
+  // Dispatch clients send METHOD | GET for obj.Item(1): either accessor answers it.
+  const AccessorSpec* get = (flags & kInvokeGet) ? member.accessor(Access::Get) : nullptr;
+  if (get != nullptr) return get;
+  return (flags & kInvokeMethod) ? member.accessor(Access::Method) : nullptr;
 }
 
 // Maps the caller's arguments onto the parameter list: for let and set the last

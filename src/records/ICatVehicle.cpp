@@ -10,6 +10,7 @@ const ClassInfo& ICatVehicle::static_class_info() {
   static const ClassInfo info =
       ClassBuilder<C>("ICatVehicle", "_ICatVehicle", ids::kClsidICatVehicle, ids::kIid_ICatVehicle)
           .creatable()
+          .property("XML", P(9), {get<&C::get_XML>(), let<&C::put_XML>({"xsXML"})})
           .property("AAIA", P(8), {let<&C::put_AAIA>({"vData"}), get<&C::get_AAIA>()})
           .property("Year", P(7), {let<&C::put_Year>({"vData"}), get<&C::get_Year>()})
           .property("Make", P(6), {let<&C::put_Make>({"vData"}), get<&C::get_Make>()})

@@ -213,9 +213,10 @@ std::string clsXML::code_page_bytes(const Text& text) { return to_code_page(text
 
 Text clsXML::LineBreak() const { return formatted_ ? Text(u"\r\n") : Text(); }
 
+// A level below 1 (a Level set low, groups closed beyond it) gives a negative count:
+// no blanks rather than a failure.
 Text clsXML::IndentText(int16_t count) const {
-  if (!formatted_) return Text();
-  if (count < 0) throw Error(errc::kInvalidProcedureCall);  // no negative run of blanks
+  if (!formatted_ || count <= 0) return Text();
   return Text(static_cast<size_t>(count), u' ');
 }
 
@@ -225,9 +226,7 @@ Text clsXML::indentation_for_level(int16_t level) const {
 
 void clsXML::append_indentation(std::string& out, int16_t level) const {
   const int16_t count = checked16(int32_t{checked16(int32_t{level} - 1)} * indent_);
-  if (!formatted_) return;
-  if (count < 0) throw Error(errc::kInvalidProcedureCall);
-  out.append(static_cast<size_t>(count), ' ');
+  if (formatted_ && count > 0) out.append(static_cast<size_t>(count), ' ');
 }
 
 void clsXML::close_innermost_group(int16_t indent_level) {
@@ -264,8 +263,10 @@ size_t clsXML::skip_end_tags(std::string_view text, std::string_view end_tag, in
 void clsXML::replace_span(size_t from, size_t to, std::string_view replacement) {
   CString& buf = buffer();
   const std::string_view text = buf.bytes();
+  // Before + new + after. A span whose end lies before its start (an end tag that
+  // overlaps the start tag) repeats the overlap rather than failing.
   std::string rebuilt;
-  rebuilt.reserve(text.size() - (to - from) + replacement.size());
+  rebuilt.reserve(from + replacement.size() + (text.size() - to));
   rebuilt.append(text.substr(0, from));
   rebuilt.append(replacement);
   rebuilt.append(text.substr(to));

@@ -107,6 +107,12 @@ class clsXML : public Object {
   static size_t skip_end_tags(std::string_view text, std::string_view end_tag,
                               int16_t element);  // 0-based start of the search
   void replace_span(size_t from, size_t to, std::string_view replacement);
+  // Prettify's writer of one element and, recursively, its children (DomNode comes
+  // from xml/dom_document.h).
+  void PrettifyElement(class DomNode& element, Text& output, const Text& indentation);
+  // XMLcompress: whether the start tag at j and the end tag ending at k (1-based) carry
+  // the same name.
+  static bool XCmatchingTags(const Text& text, int32_t j, int32_t k);
 
   Ref<CString> buffer_;                       // null after Clear(true)
   std::optional<std::vector<Text>> groups_;   // the group stack; absent after Clear(true)

@@ -8,6 +8,7 @@
 #include "frame/file_procedures.h"
 #include "frame/text_procedures.h"
 #include "support/log_folder.h"
+#include "vexqom/error.h"
 
 namespace vexqom {
 namespace {
@@ -78,7 +79,7 @@ TEST(FileDelete, FailureNamesTheFileAndIsNotLogged) {
     std::string message = to_utf8(e.description());
     EXPECT_EQ(message.rfind("basLIBstd | FileDelete, Error # ", 0), 0u) << message;
     EXPECT_NE(message.find(" at line: 5\r\n"), std::string::npos) << message;
-    EXPECT_EQ(message.substr(message.size() - 34), " on file name: /proc/self/status");
+    EXPECT_EQ(message.substr(message.size() - 32), " on file name: /proc/self/status");
   }
   EXPECT_TRUE(logs.error_lines().empty());
 }

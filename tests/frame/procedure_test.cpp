@@ -98,7 +98,7 @@ TEST(ErrorLog, LineLayoutTimestampUserFieldAndTrimming) {
   diag::ErrorLog_Write(u"");
   auto lines = logs.error_lines();
   ASSERT_EQ(lines.size(), 2u) << "an empty message writes nothing";
-  std::regex layout(R"(^\d{8}\|\d{2}:\d{2}:\d{2} .{12} (.*)$)");
+  std::regex layout(R"(^\d{8}\|\d{2}:\d{2}:\d{2} .{12} ([\s\S]*)$)");
   std::smatch m;
   ASSERT_TRUE(std::regex_match(lines[0], m, layout)) << lines[0];
   EXPECT_EQ(m[1].str(), "first][second\rthird\nfourth");

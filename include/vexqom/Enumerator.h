@@ -3,13 +3,13 @@
 
 #include <vector>
 
-#include "frame/class_info.h"
+#include "vexqom/api.h"
 #include "vexqom/object.h"
 #include "vexqom/variant.h"
 
 namespace vexqom {
 
-class Enumerator : public Object {
+class VEXQOM_API Enumerator : public Object {
  public:
   static constexpr const char* kTypeName = "enumerator";
 

@@ -1,4 +1,6 @@
-#include "frame/enumerator.h"
+#include "vexqom/Enumerator.h"
+
+#include "frame/class_info.h"
 
 namespace vexqom {
 

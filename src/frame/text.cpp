@@ -1,0 +1,291 @@
+// Text conversions: UTF-8, case mapping through ICU, the single-byte code page.
+#include "vexqom/text.h"
+
+#include <unicode/stringoptions.h>
+#include <unicode/ucnv.h>
+#include <unicode/ustring.h>
+#include <unicode/utypes.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <new>
+#include <string_view>
+
+namespace vexqom {
+
+namespace {
+
+constexpr char16_t kReplacement = 0xFFFD;
+
+bool is_ascii(TextView text) {
+  for (char16_t c : text)
+    if (c >= 0x80) return false;
+  return true;
+}
+
+void append_utf8(std::string& out, char32_t cp) {
+  if (cp < 0x80) {
+    out += static_cast<char>(cp);
+  } else if (cp < 0x800) {
+    out += static_cast<char>(0xC0 | (cp >> 6));
+    out += static_cast<char>(0x80 | (cp & 0x3F));
+  } else if (cp < 0x10000) {
+    out += static_cast<char>(0xE0 | (cp >> 12));
+    out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+    out += static_cast<char>(0x80 | (cp & 0x3F));
+  } else {
+    out += static_cast<char>(0xF0 | (cp >> 18));
+    out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
+    out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+    out += static_cast<char>(0x80 | (cp & 0x3F));
+  }
+}
+
+// The ICU case functions share one signature apart from the locale / options argument;
+// this runs one of them with a buffer that grows when ICU asks for more room.
+template <class Call>
+Text icu_map(TextView text, Call call) {
+  Text out(text.size() + text.size() / 2 + 8, u'\0');
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    UErrorCode status = U_ZERO_ERROR;
+    const int32_t n = call(reinterpret_cast<UChar*>(out.data()),
+                           static_cast<int32_t>(out.size()),
+                           reinterpret_cast<const UChar*>(text.data()),
+                           static_cast<int32_t>(text.size()), &status);
+    if (status == U_BUFFER_OVERFLOW_ERROR) {
+      out.assign(static_cast<std::size_t>(n), u'\0');
+      continue;
+    }
+    if (status == U_MEMORY_ALLOCATION_ERROR) throw std::bad_alloc();
+    if (U_FAILURE(status)) return Text(text);  // cannot happen for well-formed calls
+    out.resize(static_cast<std::size_t>(n));
+    return out;
+  }
+  return Text(text);
+}
+
+char16_t ascii_upper(char16_t c) { return (c >= u'a' && c <= u'z') ? c - 32 : c; }
+char16_t ascii_lower(char16_t c) { return (c >= u'A' && c <= u'Z') ? c + 32 : c; }
+
+struct CodePage {
+  std::array<char16_t, 256> decode{};
+  std::unique_ptr<unsigned char[]> encode;  // one entry per UTF-16 code unit
+
+  CodePage() : encode(new unsigned char[0x10000]) {
+    for (int b = 0; b < 256; ++b) decode[b] = static_cast<char16_t>(b);  // Latin-1 fallback
+    UErrorCode status = U_ZERO_ERROR;
+    UConverter* conv = ucnv_open("windows-1252", &status);
+    if (conv && U_SUCCESS(status)) {
+      for (int b = 0; b < 256; ++b) {
+        const char byte = static_cast<char>(b);
+        UChar unit[4];
+        UErrorCode st = U_ZERO_ERROR;
+        ucnv_resetToUnicode(conv);
+        const int32_t n = ucnv_toUChars(conv, unit, 4, &byte, 1, &st);
+        if (U_SUCCESS(st) && n == 1 && unit[0] != kReplacement)
+          decode[b] = static_cast<char16_t>(unit[0]);
+      }
+    }
+    if (conv) ucnv_close(conv);
+
+    std::fill(encode.get(), encode.get() + 0x10000, static_cast<unsigned char>('?'));
+    // Highest byte first, so a unit reached from two bytes encodes to the lower one.
+    for (int b = 255; b >= 0; --b) encode[decode[b]] = static_cast<unsigned char>(b);
+  }
+};
+
+const CodePage& code_page() {
+  static const CodePage table;
+  return table;
+}
+
+}  // namespace
+
+Text from_utf8(std::string_view utf8) {
+  Text out;
+  out.reserve(utf8.size());
+  const auto* p = reinterpret_cast<const unsigned char*>(utf8.data());
+  const std::size_t n = utf8.size();
+  std::size_t i = 0;
+  while (i < n) {
+    const unsigned char b0 = p[i];
+    if (b0 < 0x80) {
+      out += static_cast<char16_t>(b0);
+      ++i;
+      continue;
+    }
+    // Each maximal ill-formed subpart becomes one U+FFFD.
+    int need;
+    char32_t cp;
+    unsigned char lo = 0x80, hi = 0xBF;  // bounds of the second byte
+    if (b0 >= 0xC2 && b0 <= 0xDF) {
+      need = 1;
+      cp = b0 & 0x1F;
+    } else if (b0 >= 0xE0 && b0 <= 0xEF) {
+      need = 2;
+      cp = b0 & 0x0F;
+      if (b0 == 0xE0) lo = 0xA0;        // no overlong forms
+      else if (b0 == 0xED) hi = 0x9F;   // no surrogates
+    } else if (b0 >= 0xF0 && b0 <= 0xF4) {
+      need = 3;
+      cp = b0 & 0x07;
+      if (b0 == 0xF0) lo = 0x90;        // no overlong forms
+      else if (b0 == 0xF4) hi = 0x8F;   // nothing above U+10FFFF
+    } else {
+      out += kReplacement;
+      ++i;
+      continue;
+    }
+    std::size_t j = i + 1;
+    bool ok = true;
+    for (int k = 0; k < need; ++k, ++j) {
+      const unsigned char lo_k = k == 0 ? lo : 0x80;
+      const unsigned char hi_k = k == 0 ? hi : 0xBF;
+      if (j >= n || p[j] < lo_k || p[j] > hi_k) {
+        ok = false;
+        break;
+      }
+      cp = (cp << 6) | (p[j] & 0x3F);
+    }
+    if (!ok) {
+      out += kReplacement;
+      i = j;  // resume at the byte that broke the sequence
+      continue;
+    }
+    if (cp >= 0x10000) {
+      cp -= 0x10000;
+      out += static_cast<char16_t>(0xD800 + (cp >> 10));
+      out += static_cast<char16_t>(0xDC00 + (cp & 0x3FF));
+    } else {
+      out += static_cast<char16_t>(cp);
+    }
+    i = j;
+  }
+  return out;
+}
+
+std::string to_utf8(TextView text) {
+  std::string out;
+  out.reserve(text.size());
+  const std::size_t n = text.size();
+  for (std::size_t i = 0; i < n; ++i) {
+    const char16_t c = text[i];
+    if (c < 0x80) {
+      out += static_cast<char>(c);
+    } else if (c >= 0xD800 && c <= 0xDBFF && i + 1 < n && text[i + 1] >= 0xDC00 &&
+               text[i + 1] <= 0xDFFF) {
+      append_utf8(out, 0x10000 + ((char32_t(c) - 0xD800) << 10) + (text[i + 1] - 0xDC00));
+      ++i;
+    } else if (c >= 0xD800 && c <= 0xDFFF) {
+      append_utf8(out, kReplacement);  // unpaired surrogate
+    } else {
+      append_utf8(out, c);
+    }
+  }
+  return out;
+}
+
+Text upper_case(TextView text) {
+  if (is_ascii(text)) {
+    Text out(text);
+    for (char16_t& c : out) c = ascii_upper(c);
+    return out;
+  }
+  return icu_map(text, [](UChar* d, int32_t dn, const UChar* s, int32_t sn, UErrorCode* st) {
+    return u_strToUpper(d, dn, s, sn, "", st);
+  });
+}
+
+Text lower_case(TextView text) {
+  if (is_ascii(text)) {
+    Text out(text);
+    for (char16_t& c : out) c = ascii_lower(c);
+    return out;
+  }
+  return icu_map(text, [](UChar* d, int32_t dn, const UChar* s, int32_t sn, UErrorCode* st) {
+    return u_strToLower(d, dn, s, sn, "", st);
+  });
+}
+
+Text fold_case(TextView text) {
+  if (is_ascii(text)) {
+    Text out(text);
+    for (char16_t& c : out) c = ascii_lower(c);
+    return out;
+  }
+  return icu_map(text, [](UChar* d, int32_t dn, const UChar* s, int32_t sn, UErrorCode* st) {
+    return u_strFoldCase(d, dn, s, sn, U_FOLD_CASE_DEFAULT, st);
+  });
+}
+
+bool equals_caseless(TextView a, TextView b) {
+  if (is_ascii(a) && is_ascii(b)) {
+    if (a.size() != b.size()) return false;
+    for (std::size_t i = 0; i < a.size(); ++i)
+      if (ascii_lower(a[i]) != ascii_lower(b[i])) return false;
+    return true;
+  }
+  // Full folding may change lengths (ß -> ss), so compare the folded forms.
+  UErrorCode status = U_ZERO_ERROR;
+  const int32_t r = u_strCaseCompare(reinterpret_cast<const UChar*>(a.data()),
+                                     static_cast<int32_t>(a.size()),
+                                     reinterpret_cast<const UChar*>(b.data()),
+                                     static_cast<int32_t>(b.size()), U_FOLD_CASE_DEFAULT,
+                                     &status);
+  if (U_SUCCESS(status)) return r == 0;
+  return fold_case(a) == fold_case(b);
+}
+
+void append_code_page(std::string& out, TextView text) {
+  const std::size_t start = out.size();
+  out.resize(start + text.size());
+  char* dst = out.data() + start;
+  const unsigned char* encode = nullptr;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char16_t c = text[i];
+    if (c < 0x80) {
+      dst[i] = static_cast<char>(c);
+      continue;
+    }
+    if (!encode) encode = code_page().encode.get();
+    dst[i] = static_cast<char>(encode[c]);
+  }
+}
+
+std::string to_code_page(TextView text) {
+  std::string out;
+  append_code_page(out, text);
+  return out;
+}
+
+Text from_code_page(std::string_view bytes) {
+  Text out(bytes.size(), u'\0');
+  const char16_t* decode = nullptr;
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    const auto b = static_cast<unsigned char>(bytes[i]);
+    if (b < 0x80) {
+      out[i] = b;
+      continue;
+    }
+    if (!decode) decode = code_page().decode.data();
+    out[i] = decode[b];
+  }
+  return out;
+}
+
+TextView trim_left_blanks(TextView text) {
+  std::size_t i = 0;
+  while (i < text.size() && text[i] == u' ') ++i;
+  return text.substr(i);
+}
+
+TextView trim_right_blanks(TextView text) {
+  std::size_t n = text.size();
+  while (n > 0 && text[n - 1] == u' ') --n;
+  return text.substr(0, n);
+}
+
+TextView trim_blanks(TextView text) { return trim_right_blanks(trim_left_blanks(text)); }
+
+}  // namespace vexqom

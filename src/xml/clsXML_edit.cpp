@@ -1,0 +1,176 @@
+// clsXML: elements with one attribute, attribute reads and edits, in-place replacement
+// of a numbered element or its value. All by literal search on the buffer's bytes.
+#include <limits>
+
+#include "frame/procedure.h"
+#include "frame/text_procedures.h"
+#include "xml/clsXML.h"
+
+namespace vexqom {
+
+namespace {
+
+constexpr size_t npos = std::string_view::npos;
+
+// The start tag an attribute member works on: the first "<tag" (a prefix match), ending
+// at the first "/>" after it, or at the first ">" only when no "/>" follows at all.
+struct StartTag {
+  size_t begin = npos;
+  size_t end = npos;  // position of the '/' of "/>" or of the '>'
+};
+
+StartTag locate_start_tag(std::string_view text, std::string_view open) {
+  StartTag tag;
+  const size_t begin = text.find(open);
+  if (begin == npos) return tag;
+  size_t end = text.find("/>", begin);
+  if (end == npos) end = text.find('>', begin);
+  if (end == npos) return tag;
+  tag.begin = begin;
+  tag.end = end;
+  return tag;
+}
+
+bool is_quote(char c) { return c == '\'' || c == '"'; }
+
+std::string tag_opening(const Text& tag) {
+  std::string open = "<";
+  append_code_page(open, tag);
+  return open;
+}
+
+}  // namespace
+
+void clsXML::AddAttrVal(const Text& xsTagNam, const Text& xsAttr, const Text& xsVal,
+                        bool xbNewGroup) {
+  run_procedure(errors_, u"clsXML | AddAttrVal", Trace::No, [&](int& line) {
+    line = 1;
+    if (xbNewGroup) {
+      line = 2;
+      std::vector<Text>& groups = group_stack();
+      if (group_counter_ == std::numeric_limits<int32_t>::max()) throw Error(errc::kOverflow);
+      ++group_counter_;
+      groups.push_back(xsTagNam);
+    }
+    line = 3;
+    CString& buf = buffer();
+    std::string out;
+    append_indentation(out, level_);
+    out += '<';
+    append_code_page(out, xsTagNam);
+    out += ' ';
+    append_code_page(out, xsAttr);
+    out += '=';
+    line = 4;
+    append_code_page(out, str_Quoted(EscapeValue(xsVal)));
+    out += xbNewGroup ? ">" : "/>";
+    if (formatted_) out += "\r\n";
+    line = 5;
+    buf.AppendBytes(out);
+    line = 6;
+    if (xbNewGroup) {
+      if (level_ == std::numeric_limits<int16_t>::max()) throw Error(errc::kOverflow);
+      ++level_;
+    }
+  });
+}
+
+Text clsXML::get_Attrib(const Text& xsTag, const Text& xsAttr) {
+  return run_procedure(errors_, u"clsXML | Get Attrib", Trace::No, [&](int& line) -> Text {
+    line = 1;
+    const std::string_view text = buffer().bytes();
+    line = 2;
+    const StartTag tag = locate_start_tag(text, tag_opening(xsTag));
+    if (tag.begin == npos) return Text();
+    line = 3;
+    const std::string assign = code_page_bytes(xsAttr) + "=";
+    const size_t a = text.find(assign, tag.begin);
+    if (a == npos || a > tag.end) return Text();
+    line = 4;
+    const size_t open = a + assign.size();
+    if (open >= text.size() || !is_quote(text[open])) return Text();
+    line = 5;
+    const size_t close = text.find(text[open], open + 1);
+    if (close == npos || close > tag.end) return Text();
+    line = 6;
+    return UnescapeText(from_code_page(text.substr(open + 1, close - open - 1)));
+  });
+}
+
+void clsXML::put_Attrib(const Text& xsTag, const Text& xsAttr, const Text& xsValue) {
+  run_procedure(errors_, u"clsXML | Let Attrib", Trace::No, [&](int& line) {
+    line = 1;
+    const std::string_view text = buffer().bytes();
+    line = 2;
+    const StartTag tag = locate_start_tag(text, tag_opening(xsTag));
+    if (tag.begin == npos) return;
+    line = 3;
+    const std::string assign = code_page_bytes(xsAttr) + "=";
+    const size_t a = text.find(assign, tag.begin);
+    if (a != npos && a > tag.end) return;
+    if (a != npos) {
+      line = 4;
+      const size_t open = a + assign.size();
+      if (open >= text.size() || !is_quote(text[open])) return;
+      const size_t close = text.find(text[open], open + 1);
+      if (close == npos || close > tag.end) return;
+      line = 5;
+      // The quotation marks stay as they were; only the text between them changes.
+      replace_span(open + 1, close, code_page_bytes(EscapeValue(xsValue)));
+    } else {
+      line = 6;
+      // Inserted before "/>" or ">", so an empty-element tag stays one.
+      std::string inserted = " " + assign;
+      append_code_page(inserted, str_Quoted(EscapeValue(xsValue)));
+      line = 7;
+      replace_span(tag.end, tag.end, inserted);
+    }
+    line = 8;
+    forget_search_memories();
+  });
+}
+
+void clsXML::put_Block(const Text& xsTagName, int16_t xiElement, const Text& xsBlock) {
+  run_procedure(errors_, u"clsXML | Let Block", Trace::No, [&](int& line) {
+    line = 1;
+    const std::string_view text = buffer().bytes();
+    if (text.empty() || xsTagName.empty()) return;
+    line = 2;
+    const std::string name = code_page_bytes(xsTagName);
+    const std::string start = "<" + name + ">";
+    const std::string end = "</" + name + ">";
+    line = 3;
+    const size_t s = text.find(start, skip_end_tags(text, end, xiElement));
+    if (s == npos) return;
+    const size_t e = text.find(end, s);
+    if (e == npos) return;
+    line = 4;
+    replace_span(s, e + end.size(), code_page_bytes(xsBlock));
+    line = 5;
+    forget_search_memories();
+  });
+}
+
+void clsXML::put_Value(const Text& xsTagName, int16_t xiElement, const Text& xsValue) {
+  run_procedure(errors_, u"clsXML | Let Value", Trace::No, [&](int& line) {
+    line = 1;
+    const std::string_view text = buffer().bytes();
+    if (text.empty() || xsTagName.empty()) return;
+    line = 2;
+    const std::string name = code_page_bytes(xsTagName);
+    const std::string start = "<" + name + ">";
+    const std::string end = "</" + name + ">";
+    line = 3;
+    const size_t s = text.find(start, skip_end_tags(text, end, xiElement));
+    if (s == npos) return;
+    const size_t e = text.find(end, s);
+    if (e == npos) return;
+    line = 4;
+    // Escaped always, whatever validate says.
+    replace_span(s + start.size(), e, code_page_bytes(EscapeValue(xsValue)));
+    line = 5;
+    forget_search_memories();
+  });
+}
+
+}  // namespace vexqom

@@ -1,0 +1,456 @@
+#include "xml/dom_document.h"
+
+#include <fcntl.h>
+#include <libxml/parser.h>
+#include <libxml/parserInternals.h>
+#include <libxml/tree.h>
+#include <libxml/xmlIO.h>
+#include <libxml/xmlerror.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cctype>
+#include <cerrno>
+#include <climits>
+#include <memory>
+#include <mutex>
+#include <system_error>
+
+#include "frame/class_info.h"
+
+namespace vexqom {
+
+namespace {
+
+// ---- External entities ------------------------------------------------------------
+//
+// libxml2's entity loader is process-wide, so ours is installed once and asks a
+// per-thread policy: outside our parses it hands over to the loader it replaced.
+
+enum class LoadPolicy { kOutside, kDeny, kLocalOnly };
+
+thread_local LoadPolicy tls_load_policy = LoadPolicy::kOutside;
+xmlExternalEntityLoader previous_loader = nullptr;
+
+bool is_remote(const char* url) {
+  const std::string_view u(url);
+  const size_t scheme_end = u.find("://");
+  if (scheme_end == std::string_view::npos) return false;
+  std::string scheme(u.substr(0, scheme_end));
+  for (char& c : scheme) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return scheme != "file";
+}
+
+xmlParserInputPtr guarded_loader(const char* url, const char* id, xmlParserCtxtPtr ctxt) {
+  switch (tls_load_policy) {
+    case LoadPolicy::kOutside:
+      return previous_loader != nullptr ? previous_loader(url, id, ctxt) : nullptr;
+    case LoadPolicy::kDeny:
+      return nullptr;
+    case LoadPolicy::kLocalOnly:
+      if (url != nullptr && is_remote(url)) return nullptr;
+      // Still refuses http/ftp should a catalog map the name to one.
+      return xmlNoNetExternalEntityLoader(url, id, ctxt);
+  }
+  return nullptr;
+}
+
+void init_library() {
+  static std::once_flag once;
+  std::call_once(once, [] {
+    xmlInitParser();
+    previous_loader = xmlGetExternalEntityLoader();
+    xmlSetExternalEntityLoader(guarded_loader);
+  });
+}
+
+// ---- Error capture ----------------------------------------------------------------
+
+struct Capture {
+  bool have = false;
+  DomParseError first;
+};
+
+// The capture of the parse running on this thread. Errors reach the handler both through
+// the parser context (whose user data the parser itself needs) and through the thread's
+// structured handler, so the handler finds its capture here.
+thread_local Capture* tls_capture = nullptr;
+
+std::string strip_line_end(const char* message) {
+  std::string s = message != nullptr ? message : "";
+  while (!s.empty() && (s.back() == '\n' || s.back() == '\r')) s.pop_back();
+  return s;
+}
+
+void capture_error(void*, xmlErrorPtr e) {
+  Capture* capture = tls_capture;
+  if (capture == nullptr || e == nullptr || capture->have) return;
+  if (e->level < XML_ERR_ERROR) return;
+  // Asking for validation of a document without a DTD is not a failure.
+  if (e->code == XML_DTD_NO_DTD) return;
+  capture->have = true;
+  capture->first.code = e->code;
+  capture->first.reason = strip_line_end(e->message);
+  capture->first.line = e->line;
+  capture->first.column = e->int2;
+}
+
+void silent_generic(void*, const char*, ...) {}
+
+// For the duration of one parse on this thread: errors go to the capture (never to
+// stderr) and the entity loader follows the given policy. Everything is restored after.
+class ParseScope {
+ public:
+  ParseScope(Capture* capture, LoadPolicy policy)
+      : saved_structured_(xmlStructuredError),
+        saved_structured_ctx_(xmlStructuredErrorContext),
+        saved_generic_(xmlGenericError),
+        saved_generic_ctx_(xmlGenericErrorContext),
+        saved_policy_(tls_load_policy),
+        saved_capture_(tls_capture) {
+    tls_capture = capture;
+    xmlSetStructuredErrorFunc(nullptr, capture_error);
+    xmlSetGenericErrorFunc(nullptr, silent_generic);
+    tls_load_policy = policy;
+  }
+  ~ParseScope() {
+    tls_load_policy = saved_policy_;
+    tls_capture = saved_capture_;
+    xmlSetGenericErrorFunc(saved_generic_ctx_, saved_generic_);
+    xmlSetStructuredErrorFunc(saved_structured_ctx_, saved_structured_);
+  }
+  ParseScope(const ParseScope&) = delete;
+  ParseScope& operator=(const ParseScope&) = delete;
+
+ private:
+  xmlStructuredErrorFunc saved_structured_;
+  void* saved_structured_ctx_;
+  xmlGenericErrorFunc saved_generic_;
+  void* saved_generic_ctx_;
+  LoadPolicy saved_policy_;
+  Capture* saved_capture_;
+};
+
+struct CtxtFree {
+  void operator()(xmlParserCtxtPtr c) const { xmlFreeParserCtxt(c); }
+};
+struct DocFree {
+  void operator()(xmlDocPtr d) const { xmlFreeDoc(d); }
+};
+struct XmlFree {
+  void operator()(xmlChar* s) const { xmlFree(s); }
+};
+using XmlString = std::unique_ptr<xmlChar, XmlFree>;
+
+std::string take(xmlChar* s) {
+  XmlString owned(s);
+  return s != nullptr ? std::string(reinterpret_cast<const char*>(s)) : std::string();
+}
+
+// ---- White space ------------------------------------------------------------------
+
+bool is_white_space_only(const xmlChar* content) {
+  if (content == nullptr) return true;
+  for (const xmlChar* p = content; *p != 0; ++p) {
+    if (*p != ' ' && *p != '\t' && *p != '\r' && *p != '\n') return false;
+  }
+  return true;
+}
+
+// The parser's own blank removal is a heuristic; this makes sure no white-space-only
+// text node is left, except under xml:space="preserve".
+void drop_white_space_text(xmlNodePtr root) {
+  std::vector<xmlNodePtr> pending{root};
+  while (!pending.empty()) {
+    xmlNodePtr element = pending.back();
+    pending.pop_back();
+    const bool preserve = xmlNodeGetSpacePreserve(element) == 1;
+    xmlNodePtr child = element->children;
+    while (child != nullptr) {
+      xmlNodePtr next = child->next;
+      if (child->type == XML_ELEMENT_NODE) {
+        pending.push_back(child);
+      } else if (child->type == XML_TEXT_NODE && !preserve &&
+                 is_white_space_only(child->content)) {
+        xmlUnlinkNode(child);
+        xmlFreeNode(child);
+      }
+      child = next;
+    }
+  }
+}
+
+// ---- Parsing ----------------------------------------------------------------------
+
+constexpr int kBaseOptions = XML_PARSE_NONET | XML_PARSE_NOBLANKS | XML_PARSE_BIG_LINES;
+
+int options_for(bool validate) {
+  // Entities are substituted so that text and attribute values come resolved; the
+  // loader policy keeps external ones out unless validation is asked.
+  int options = kBaseOptions | XML_PARSE_NOENT;
+  if (validate) options |= XML_PARSE_DTDLOAD | XML_PARSE_DTDVALID | XML_PARSE_DTDATTR;
+  return options;
+}
+
+Ref<DomDocument> no_document(DomParseError* error, DomParseError failure) {
+  if (error != nullptr) *error = std::move(failure);
+  return Ref<DomDocument>();
+}
+
+}  // namespace
+
+Ref<DomDocument> DomDocument::parse_bytes(std::string_view bytes, const char* url,
+                                          const char* encoding, int options, bool validate,
+                                          DomParseError* error) {
+    init_library();
+  if (bytes.size() > static_cast<size_t>(INT_MAX)) {
+    return no_document(error, {XML_ERR_INTERNAL_ERROR, "Document too large", 0, 0});
+  }
+  Capture capture;
+  std::unique_ptr<xmlParserCtxt, CtxtFree> ctxt(xmlNewParserCtxt());
+  if (!ctxt) return no_document(error, {XML_ERR_NO_MEMORY, "Out of memory", 0, 0});
+  std::unique_ptr<xmlDoc, DocFree> doc;
+  {
+    ParseScope scope(&capture, validate ? LoadPolicy::kLocalOnly : LoadPolicy::kDeny);
+    // Errors raised with the parser context go to the context's own channel.
+    ctxt->sax->serror = capture_error;
+    doc.reset(xmlCtxtReadMemory(ctxt.get(), bytes.data(), static_cast<int>(bytes.size()), url,
+                                encoding, options));
+  }
+  const bool failed = !doc || ctxt->wellFormed == 0 || ctxt->nsWellFormed == 0 ||
+                      (validate && ctxt->valid == 0 && capture.have);
+  if (failed) {
+    if (!capture.have) {
+      capture.first = {XML_ERR_INTERNAL_ERROR, "The document could not be parsed", 0, 0};
+    }
+    return no_document(error, std::move(capture.first));
+  }
+  if (xmlNodePtr root = xmlDocGetRootElement(doc.get())) drop_white_space_text(root);
+  return Ref<DomDocument>(new DomDocument(doc.release()));
+}
+
+Ref<DomDocument> DomDocument::parse_text(std::string_view utf8, bool validate,
+                                         DomParseError* error) {
+  // The bytes are UTF-8 whatever the declaration names.
+  return parse_bytes(utf8, nullptr, "UTF-8", options_for(validate) | XML_PARSE_IGNORE_ENC,
+                        validate, error);
+}
+
+Ref<DomDocument> DomDocument::parse_file(const std::string& path, bool validate,
+                                         DomParseError* error) {
+  auto io_failure = [&](int err) {
+    int code = XML_IO_UNKNOWN;
+    switch (err) {
+      case ENOENT: code = XML_IO_ENOENT; break;
+      case EACCES: code = XML_IO_EACCES; break;
+      case EISDIR: code = XML_IO_EISDIR; break;
+      case ENOTDIR: code = XML_IO_ENOTDIR; break;
+      case ENAMETOOLONG: code = XML_IO_ENAMETOOLONG; break;
+      default: break;
+    }
+    return no_document(error,
+                       {code, std::error_code(err, std::generic_category()).message(), 0, 0});
+  };
+  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return io_failure(errno);
+  std::string bytes;
+  struct stat st{};
+  int err = 0;
+  if (::fstat(fd, &st) != 0) {
+    err = errno;
+  } else if (S_ISDIR(st.st_mode)) {
+    err = EISDIR;
+  } else {
+    if (st.st_size > 0) bytes.reserve(static_cast<size_t>(st.st_size));
+    char chunk[65536];
+    for (;;) {
+      const ssize_t n = ::read(fd, chunk, sizeof chunk);
+      if (n < 0) {
+        if (errno == EINTR) continue;
+        err = errno;
+        break;
+      }
+      if (n == 0) break;
+      bytes.append(chunk, static_cast<size_t>(n));
+    }
+  }
+  ::close(fd);
+  if (err != 0) return io_failure(err);
+  // The file's own declaration (or byte order mark) decides its encoding; its name is the
+  // base for relative DTD references.
+  return parse_bytes(bytes, path.c_str(), nullptr, options_for(validate), validate, error);
+}
+
+DomDocument::~DomDocument() { xmlFreeDoc(static_cast<xmlDocPtr>(doc_)); }
+
+const ClassInfo& DomDocument::class_info() const { return private_class_info(kTypeName); }
+
+DomNode DomDocument::document_element() {
+  xmlNodePtr root = xmlDocGetRootElement(static_cast<xmlDocPtr>(doc_));
+  return root != nullptr ? DomNode(Ref<DomDocument>(this), root) : DomNode();
+}
+
+DomNode DomDocument::doctype() {
+  xmlDtdPtr dtd = xmlGetIntSubset(static_cast<xmlDocPtr>(doc_));
+  return dtd != nullptr ? DomNode(Ref<DomDocument>(this), dtd) : DomNode();
+}
+
+std::string DomDocument::xml() {
+  xmlChar* out = nullptr;
+  int size = 0;
+  xmlDocDumpMemory(static_cast<xmlDocPtr>(doc_), &out, &size);
+  return take(out);
+}
+
+// ---- Nodes ------------------------------------------------------------------------
+
+namespace {
+
+xmlNodePtr as_node(void* p) { return static_cast<xmlNodePtr>(p); }
+
+std::string qualified(const xmlNs* ns, const xmlChar* name) {
+  std::string out;
+  if (ns != nullptr && ns->prefix != nullptr) {
+    out = reinterpret_cast<const char*>(ns->prefix);
+    out += ':';
+  }
+  if (name != nullptr) out += reinterpret_cast<const char*>(name);
+  return out;
+}
+
+// The first child as the DOM sees it: an entity reference holds its entity's nodes.
+xmlNodePtr first_child(xmlNodePtr node) {
+  if (node->type == XML_ENTITY_REF_NODE) {
+    auto* entity = reinterpret_cast<xmlEntityPtr>(node->children);
+    return entity != nullptr ? entity->children : nullptr;
+  }
+  return node->children;
+}
+
+}  // namespace
+
+int32_t DomNode::type() const {
+  if (node_ == nullptr) return 0;
+  switch (as_node(node_)->type) {
+    case XML_ELEMENT_NODE: return kElement;
+    case XML_ATTRIBUTE_NODE: return kAttribute;
+    case XML_TEXT_NODE: return kText;
+    case XML_CDATA_SECTION_NODE: return kCData;
+    case XML_ENTITY_REF_NODE: return kEntityReference;
+    case XML_ENTITY_NODE:
+    case XML_ENTITY_DECL: return kEntity;
+    case XML_PI_NODE: return kProcessingInstruction;
+    case XML_COMMENT_NODE: return kComment;
+    case XML_DOCUMENT_NODE:
+    case XML_HTML_DOCUMENT_NODE: return kDocument;
+    case XML_DOCUMENT_TYPE_NODE:
+    case XML_DTD_NODE: return kDocumentType;
+    case XML_DOCUMENT_FRAG_NODE: return kDocumentFragment;
+    case XML_NOTATION_NODE: return kNotation;
+    default: return static_cast<int32_t>(as_node(node_)->type);
+  }
+}
+
+std::string DomNode::name() const {
+  if (node_ == nullptr) return std::string();
+  xmlNodePtr n = as_node(node_);
+  switch (n->type) {
+    case XML_ELEMENT_NODE:
+    case XML_ATTRIBUTE_NODE: return qualified(n->ns, n->name);
+    case XML_TEXT_NODE: return "#text";
+    case XML_CDATA_SECTION_NODE: return "#cdata-section";
+    case XML_COMMENT_NODE: return "#comment";
+    case XML_DOCUMENT_NODE:
+    case XML_HTML_DOCUMENT_NODE: return "#document";
+    case XML_DOCUMENT_FRAG_NODE: return "#document-fragment";
+    default: return n->name != nullptr ? reinterpret_cast<const char*>(n->name) : "";
+  }
+}
+
+std::vector<DomAttribute> DomNode::attributes() const {
+  std::vector<DomAttribute> out;
+  if (node_ == nullptr || as_node(node_)->type != XML_ELEMENT_NODE) return out;
+  xmlNodePtr n = as_node(node_);
+  for (xmlNsPtr ns = n->nsDef; ns != nullptr; ns = ns->next) {
+    std::string name = "xmlns";
+    if (ns->prefix != nullptr) {
+      name += ':';
+      name += reinterpret_cast<const char*>(ns->prefix);
+    }
+    out.push_back({std::move(name),
+                   ns->href != nullptr ? reinterpret_cast<const char*>(ns->href) : ""});
+  }
+  for (xmlAttrPtr a = n->properties; a != nullptr; a = a->next) {
+    out.push_back({qualified(a->ns, a->name), take(xmlNodeListGetString(n->doc, a->children, 1))});
+  }
+  return out;
+}
+
+bool DomNode::has_child_nodes() const {
+  return node_ != nullptr && first_child(as_node(node_)) != nullptr;
+}
+
+std::vector<DomNode> DomNode::child_nodes() const {
+  std::vector<DomNode> out;
+  if (node_ == nullptr) return out;
+  for (xmlNodePtr c = first_child(as_node(node_)); c != nullptr; c = c->next) {
+    out.push_back(DomNode(document_, c));
+  }
+  return out;
+}
+
+std::string DomNode::text() const {
+  if (node_ == nullptr) return std::string();
+  return take(xmlNodeGetContent(as_node(node_)));
+}
+
+std::string DomNode::xml() const {
+  if (node_ == nullptr) return std::string();
+  std::unique_ptr<xmlBuffer, void (*)(xmlBufferPtr)> buffer(xmlBufferCreate(), xmlBufferFree);
+  if (!buffer) return std::string();
+  xmlNodePtr n = as_node(node_);
+  xmlNodeDump(buffer.get(), n->doc, n, 0, 0);
+  const char* content = reinterpret_cast<const char*>(xmlBufferContent(buffer.get()));
+  const std::string_view raw(content != nullptr ? content : "",
+                             static_cast<size_t>(xmlBufferLength(buffer.get())));
+  // Line breaks as the rest of the engine's output has them: CR LF.
+  std::string out;
+  out.reserve(raw.size());
+  for (size_t i = 0; i < raw.size(); ++i) {
+    if (raw[i] == '\n' && (i == 0 || raw[i - 1] != '\r')) out += '\r';
+    out += raw[i];
+  }
+  return out;
+}
+
+void DomNode::normalize() {
+  if (node_ == nullptr) return;
+  std::vector<xmlNodePtr> pending{as_node(node_)};
+  while (!pending.empty()) {
+    xmlNodePtr parent = pending.back();
+    pending.pop_back();
+    if (parent->type == XML_ENTITY_REF_NODE) continue;  // its nodes belong to the entity
+    xmlNodePtr child = parent->children;
+    while (child != nullptr) {
+      xmlNodePtr next = child->next;
+      if (child->type == XML_TEXT_NODE) {
+        while (next != nullptr && next->type == XML_TEXT_NODE) {
+          xmlNodePtr after = next->next;
+          if (next->content != nullptr) xmlNodeAddContent(child, next->content);
+          xmlUnlinkNode(next);
+          xmlFreeNode(next);
+          next = after;
+        }
+        if (child->content == nullptr || child->content[0] == 0) {
+          xmlUnlinkNode(child);
+          xmlFreeNode(child);
+        }
+      } else if (child->type == XML_ELEMENT_NODE) {
+        pending.push_back(child);
+      }
+      child = next;
+    }
+  }
+}
+
+}  // namespace vexqom
