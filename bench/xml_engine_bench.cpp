@@ -29,7 +29,7 @@ void BM_BuildElements(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(build_prices(n));
   state.SetItemsProcessed(state.iterations() * n);
 }
-BENCHMARK(BM_BuildElements)->Arg(1000)->Arg(2000)->Arg(4000)->Arg(8000)->Arg(16000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_BuildElements)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 
 // Element numbers are 16-bit: 32767 is the largest document one tag can be read from.
 void BM_ReadSequential(benchmark::State& state) {

@@ -7,7 +7,7 @@
 #include <new>
 #include <set>
 #include <stdexcept>
-#include <string>
+#include <utility>
 
 #include "vexqom/currency.h"
 #include "vexqom/error.h"
@@ -37,6 +37,9 @@ class Plain : public Object {
 
 constexpr int64_t kMaxRaw = std::numeric_limits<int64_t>::max();
 constexpr int64_t kMinRaw = std::numeric_limits<int64_t>::min();
+constexpr int32_t kOverflow = errc::kOverflow;
+const double kInf = std::numeric_limits<double>::infinity();
+const double kNaN = std::nan("");
 
 }  // namespace
 
@@ -46,270 +49,179 @@ TEST(ValuesText, Utf8RoundTripAndIllFormedInput) {
   EXPECT_EQ(to_utf8(from_utf8(mixed)), mixed);
 
   EXPECT_EQ(from_utf8("a\xFF" "b"), u"a\uFFFDb");
-  EXPECT_EQ(from_utf8("\xE2\x82"), u"\uFFFD");             // truncated: one replacement
-  EXPECT_EQ(from_utf8("\xE2\x82" "x"), u"\uFFFDx");        // the breaking byte survives
-  EXPECT_EQ(from_utf8("\xC0\xAF"), u"\uFFFD\uFFFD");       // overlong
+  EXPECT_EQ(from_utf8("\xE2\x82" "x"), u"\uFFFDx");  // truncated: one replacement, x kept
+  EXPECT_EQ(from_utf8("\xC0\xAF"), u"\uFFFD\uFFFD");  // overlong
   EXPECT_EQ(from_utf8("\xED\xA0\x80"), u"\uFFFD\uFFFD\uFFFD");  // encoded surrogate
-  EXPECT_EQ(from_utf8("\xF4\x90\x80\x80").size(), 4u);     // above U+10FFFF
-  EXPECT_EQ(to_utf8(u"x\xD800y"), "x\xEF\xBF\xBDy");       // unpaired surrogate
+  EXPECT_EQ(to_utf8(u"x\xD800y"), "x\xEF\xBF\xBDy");  // unpaired surrogate
 }
 
-TEST(ValuesText, CaseMappingAndCaselessEquality) {
+TEST(ValuesText, CaseMappingCaselessEqualityAndTrim) {
   EXPECT_EQ(upper_case(u"abc-Z9"), u"ABC-Z9");
   EXPECT_EQ(upper_case(u"stra\u00DFe"), u"STRASSE");
+  EXPECT_EQ(upper_case(Text(20, u'\u00DF')), Text(40, u'S'));  // result outgrows the first guess
   EXPECT_EQ(lower_case(u"\u00C9A"), u"\u00E9a");
   EXPECT_EQ(fold_case(u"Stra\u00DFe"), u"strasse");
 
   EXPECT_TRUE(equals_caseless(u"Key", u"kEY"));
   EXPECT_FALSE(equals_caseless(u"Key", u"Keys"));
-  EXPECT_FALSE(equals_caseless(u"a[", u"A{"));  // '[' and '{' differ by the case bit only
+  EXPECT_FALSE(equals_caseless(u"a[", u"A{"));  // differ by the case bit only
   EXPECT_TRUE(equals_caseless(u"Stra\u00DFe", u"STRASSE"));
   EXPECT_TRUE(equals_caseless(u"\u00C9t\u00E9", u"\u00E9T\u00C9"));
   EXPECT_TRUE(equals_caseless(u"k", u"\u212A"));  // Kelvin sign against plain ASCII
   EXPECT_FALSE(equals_caseless(u"\u00E9", u"e"));
-}
 
-TEST(ValuesText, TrimsBlanksOnly) {
   EXPECT_EQ(trim_blanks(u"  a b  "), u"a b");
-  EXPECT_EQ(trim_left_blanks(u"  a "), u"a ");
   EXPECT_EQ(trim_right_blanks(u" a  "), u" a");
   EXPECT_EQ(trim_blanks(u"\ta\t"), u"\ta\t");
-  EXPECT_EQ(trim_blanks(u"   "), u"");
 }
 
 TEST(ValuesCodePage, EveryByteRoundTripsAndUnmappableBecomesQuestionMark) {
   std::string all;
   for (int b = 0; b < 256; ++b) all += static_cast<char>(b);
   const Text decoded = from_code_page(all);
-  ASSERT_EQ(decoded.size(), 256u);
   EXPECT_EQ(to_code_page(decoded), all);
-  EXPECT_EQ(std::set<char16_t>(decoded.begin(), decoded.end()).size(), 256u);  // no two alike
+  EXPECT_EQ(std::set<char16_t>(decoded.begin(), decoded.end()).size(), 256u);
 
-  EXPECT_EQ(from_code_page("\x80"), u"\u20AC");
+  EXPECT_EQ(from_code_page("\x80\xE9\x9F"), u"\u20AC\u00E9\u0178");
   EXPECT_EQ(to_code_page(u"\u20AC"), "\x80");
-  EXPECT_EQ(from_code_page("\xE9\x9F"), u"\u00E9\u0178");
   EXPECT_EQ(to_code_page(u"\u0100\u4E2D"), "??");
   EXPECT_EQ(to_code_page(u"a\U0001F600b"), "a??b");  // one byte per code unit
-
   std::string out = "x";
   append_code_page(out, u"\u00E9\u20AC");
   EXPECT_EQ(out, "x\xE9\x80");
 }
 
 TEST(ValuesCurrency, FromDoubleRoundsHalvesToEven) {
-  EXPECT_EQ(Currency::from_double(0.03125).raw(), 312);   // exactly 312.5 units
-  EXPECT_EQ(Currency::from_double(0.09375).raw(), 938);   // exactly 937.5 units
-  EXPECT_EQ(Currency::from_double(-0.03125).raw(), -312);
-  EXPECT_EQ(Currency::from_double(0.00005).raw(), 0);
-  EXPECT_EQ(Currency::from_double(0.00025).raw(), 2);
-  EXPECT_EQ(Currency::from_double(0.00035).raw(), 4);
-  EXPECT_EQ(Currency::from_double(0.00015).raw(), 1);     // the double lies below 1.5 units
-  EXPECT_EQ(Currency::from_double(12.34567).raw(), 123457);
-  EXPECT_EQ(Currency::from_double(-1.23456).raw(), -12346);
-
-  EXPECT_EQ(raised([] { Currency::from_double(1e15); }), errc::kOverflow);
-  EXPECT_EQ(raised([] { Currency::from_double(-1e15); }), errc::kOverflow);
-  EXPECT_EQ(raised([] { Currency::from_double(std::nan("")); }), errc::kOverflow);
-  EXPECT_EQ(raised([] { Currency::from_double(INFINITY); }), errc::kOverflow);
-  EXPECT_EQ(raised([] { Currency::from_double(922337203685477.625); }), errc::kOverflow);
+  const std::pair<double, int64_t> cases[] = {
+      {0.03125, 312}, {0.09375, 938}, {-0.03125, -312},  // exact halves of a unit
+      {0.00005, 0},   {0.00025, 2},   {0.00035, 4},
+      {0.00015, 1},  // the double lies below 1.5 units
+      {12.34567, 123457}};
+  for (auto [in, raw] : cases) EXPECT_EQ(Currency::from_double(in).raw(), raw) << in;
+  for (double bad : {1e15, 922337203685477.625, kNaN, kInf})
+    EXPECT_EQ(raised([=] { Currency::from_double(bad); }), kOverflow) << bad;
 }
 
-TEST(ValuesCurrency, CheckedArithmetic) {
-  const Currency max = Currency::from_raw(kMaxRaw);
-  const Currency min = Currency::from_raw(kMinRaw);
-  const Currency unit = Currency::from_raw(1);
-  EXPECT_EQ(raised([&] { (void)(max + unit); }), errc::kOverflow);
-  EXPECT_EQ(raised([&] { (void)(min - unit); }), errc::kOverflow);
-  EXPECT_EQ(raised([&] { (void)-min; }), errc::kOverflow);
-  EXPECT_EQ((-max).raw(), -kMaxRaw);
+TEST(ValuesCurrency, CheckedArithmeticAndText) {
+  const Currency max = Currency::from_raw(kMaxRaw), min = Currency::from_raw(kMinRaw);
+  const Currency unit = Currency::from_raw(1), half = Currency::from_raw(5000);
+  EXPECT_EQ(raised([&] { (void)(max + unit); }), kOverflow);
+  EXPECT_EQ(raised([&] { (void)(min - unit); }), kOverflow);
+  EXPECT_EQ(raised([&] { (void)-min; }), kOverflow);
+  EXPECT_EQ(raised([] { Currency::from_whole(922337203685478); }), kOverflow);
   EXPECT_EQ(Currency::from_whole(922337203685477).raw(), 9223372036854770000);
-  EXPECT_EQ(raised([] { Currency::from_whole(922337203685478); }), errc::kOverflow);
 
-  const Currency half = Currency::from_raw(5000);
-  EXPECT_EQ((Currency::from_raw(1) * half).raw(), 0);    // 0.5 units
-  EXPECT_EQ((Currency::from_raw(3) * half).raw(), 2);    // 1.5 units
+  EXPECT_EQ((unit * half).raw(), 0);  // 0.5 units
+  EXPECT_EQ((Currency::from_raw(3) * half).raw(), 2);
   EXPECT_EQ((Currency::from_raw(-3) * half).raw(), -2);
-  EXPECT_EQ((Currency::from_raw(-1) * half).raw(), 0);
   EXPECT_EQ((Currency::from_raw(7) * Currency::from_raw(7001)).raw(), 5);  // 4.9007
-  EXPECT_EQ((Currency::from_whole(30370000) * Currency::from_whole(30370000)).raw(),
-            9223369000000000000);
-  EXPECT_EQ(raised([] { (void)(Currency::from_whole(40000000) * Currency::from_whole(40000000)); }),
-            errc::kOverflow);
-}
+  const Currency big = Currency::from_whole(30370000);
+  EXPECT_EQ((big * big).raw(), 9223369000000000000);
+  const Currency bigger = Currency::from_whole(40000000);
+  EXPECT_EQ(raised([&] { (void)(bigger * bigger); }), kOverflow);
 
-TEST(ValuesCurrency, TextForms) {
-  EXPECT_EQ(Currency::from_whole(7).to_text(), u"7");
-  EXPECT_EQ(Currency::from_raw(8000).to_text(), u"0.8");
-  EXPECT_EQ(Currency::from_raw(-5000).to_text(), u"-0.5");
-  EXPECT_EQ(Currency::from_raw(123457).to_text(), u"12.3457");
-  EXPECT_EQ(Currency::from_raw(1).to_text(), u"0.0001");
-  EXPECT_EQ(Currency::from_raw(-10).to_text(), u"-0.001");
-  EXPECT_EQ(Currency::from_raw(10010).to_text(), u"1.001");
-  EXPECT_EQ(Currency().to_text(), u"0");
-  EXPECT_EQ(Currency::from_raw(kMinRaw).to_text(), u"-922337203685477.5808");
-  EXPECT_EQ(Currency::from_raw(kMaxRaw).to_text(), u"922337203685477.5807");
+  const std::pair<int64_t, const char16_t*> texts[] = {
+      {70000, u"7"}, {8000, u"0.8"}, {-5000, u"-0.5"}, {123457, u"12.3457"}, {1, u"0.0001"},
+      {-10, u"-0.001"}, {0, u"0"}, {kMinRaw, u"-922337203685477.5808"},
+      {kMaxRaw, u"922337203685477.5807"}};
+  for (auto [raw, text] : texts) EXPECT_EQ(Currency::from_raw(raw).to_text(), text);
 }
 
 TEST(ValuesNumbers, StandardTextForms) {
-  EXPECT_EQ(double_text(0.1), u"0.1");
-  EXPECT_EQ(double_text(2.5), u"2.5");
-  EXPECT_EQ(double_text(0.1 + 0.2), u"0.3");
-  EXPECT_EQ(double_text(1.0 / 3), u"0.333333333333333");
-  EXPECT_EQ(double_text(-3.25), u"-3.25");
-  EXPECT_EQ(double_text(0.0), u"0");
-  EXPECT_EQ(double_text(-0.0), u"0");
-  EXPECT_EQ(double_text(1e20), u"1E+20");
-  EXPECT_EQ(double_text(1.5e-7), u"1.5E-07");
-  EXPECT_EQ(double_text(999999999999999.0), u"999999999999999");
-  EXPECT_EQ(double_text(1e15), u"1E+15");
-  EXPECT_EQ(double_text(123456789012345678.0), u"1.23456789012346E+17");
-  EXPECT_EQ(double_text(0.0001), u"0.0001");
-  EXPECT_EQ(double_text(0.00001), u"1E-05");
-  EXPECT_EQ(double_text(-2.5e100), u"-2.5E+100");
-
-  EXPECT_EQ(integer_text(0), u"0");
-  EXPECT_EQ(integer_text(-42), u"-42");
+  const std::pair<double, const char16_t*> cases[] = {
+      {0.1, u"0.1"}, {0.1 + 0.2, u"0.3"}, {1.0 / 3, u"0.333333333333333"}, {0.0, u"0"},
+      {-0.0, u"0"}, {1e20, u"1E+20"}, {1.5e-7, u"1.5E-07"}, {1e15, u"1E+15"},
+      {999999999999999.0, u"999999999999999"}, {123456789012345678.0, u"1.23456789012346E+17"},
+      {0.00001, u"1E-05"}, {-2.5e100, u"-2.5E+100"}};
+  for (auto [in, text] : cases) EXPECT_EQ(double_text(in), text) << in;
   EXPECT_EQ(integer_text(kMinRaw), u"-9223372036854775808");
-  EXPECT_EQ(boolean_text(true), u"True");
-  EXPECT_EQ(boolean_text(false), u"False");
+  EXPECT_EQ(boolean_text(true) + boolean_text(false), u"TrueFalse");
 }
 
 TEST(ValuesNumbers, RoundingToIntegerKindsHalvesToEven) {
-  EXPECT_EQ(round_to_integer(2.5), 2);
-  EXPECT_EQ(round_to_integer(3.5), 4);
-  EXPECT_EQ(round_to_integer(-2.5), -2);
-  EXPECT_EQ(round_to_integer(-3.5), -4);
-  EXPECT_EQ(round_to_integer(0.5), 0);
-  EXPECT_EQ(round_to_integer(2.5000001), 3);
-  EXPECT_EQ(round_to_integer(32767.4), 32767);
-  EXPECT_EQ(round_to_integer(-32768.5), -32768);
-  EXPECT_EQ(raised([] { round_to_integer(32767.5); }), errc::kOverflow);
-  EXPECT_EQ(raised([] { round_to_integer(-32769.5); }), errc::kOverflow);
-  EXPECT_EQ(raised([] { round_to_integer(std::nan("")); }), errc::kOverflow);
+  const std::pair<double, int> to_integer[] = {
+      {2.5, 2}, {3.5, 4}, {-2.5, -2}, {0.5, 0}, {2.5000001, 3}, {32767.4, 32767},
+      {-32768.5, -32768}};
+  for (auto [in, out] : to_integer) EXPECT_EQ(round_to_integer(in), out) << in;
+  for (double bad : {32767.5, -32769.5, kNaN})
+    EXPECT_EQ(raised([=] { round_to_integer(bad); }), kOverflow) << bad;
 
-  EXPECT_EQ(round_to_long(1.5), 2);
-  EXPECT_EQ(round_to_long(-0.5), 0);
   EXPECT_EQ(round_to_long(2147483646.5), 2147483646);
   EXPECT_EQ(round_to_long(-2147483648.5), std::numeric_limits<int32_t>::min());
-  EXPECT_EQ(raised([] { round_to_long(2147483647.5); }), errc::kOverflow);
-  EXPECT_EQ(raised([] { round_to_long(INFINITY); }), errc::kOverflow);
-  EXPECT_EQ(raised([] { round_to_long(std::nan("")); }), errc::kOverflow);
+  for (double bad : {2147483647.5, kInf, kNaN})
+    EXPECT_EQ(raised([=] { round_to_long(bad); }), kOverflow) << bad;
 }
 
-TEST(ValuesNumbers, LeadingNumber) {
-  EXPECT_DOUBLE_EQ(leading_number(u"12.34567"), 12.34567);
-  EXPECT_EQ(leading_number(u"1,5"), 1);
-  EXPECT_EQ(leading_number(u"abc"), 0);
-  EXPECT_EQ(leading_number(u""), 0);
-  EXPECT_EQ(leading_number(u" 4 apples"), 4);
-  EXPECT_EQ(leading_number(u"1 2"), 12);
-  EXPECT_EQ(leading_number(u"\t1\n2.5"), 12.5);
-  EXPECT_EQ(leading_number(u"- 5"), -5);
-  EXPECT_EQ(leading_number(u"-.5"), -0.5);
-  EXPECT_EQ(leading_number(u"+3x"), 3);
-  EXPECT_EQ(leading_number(u"5."), 5);
-  EXPECT_EQ(leading_number(u"1.2.3"), 1.2);
-  EXPECT_EQ(leading_number(u"."), 0);
-  EXPECT_EQ(leading_number(u"1e3x"), 1000);
-  EXPECT_EQ(leading_number(u"1e"), 1);
-  EXPECT_EQ(leading_number(u"1e+"), 1);
-  EXPECT_EQ(leading_number(u"2.5D-1"), 0.25);
-  EXPECT_EQ(leading_number(u"1e400"), INFINITY);
-  EXPECT_EQ(leading_number(u"-1e400"), -INFINITY);
-  EXPECT_EQ(leading_number(u"1e-400"), 0);
+TEST(ValuesNumbers, LeadingNumberAndNumericText) {
+  const std::pair<const char16_t*, double> leading[] = {
+      {u"12.34567", 12.34567}, {u"1,5", 1}, {u"abc", 0}, {u" 4 apples", 4}, {u"1 2", 12},
+      {u"\t1\n2.5", 12.5}, {u"- 5", -5}, {u"-.5", -0.5}, {u"5.", 5}, {u"1.2.3", 1.2},
+      {u".", 0}, {u"1e3x", 1000}, {u"1e", 1}, {u"2.5D-1", 0.25}, {u"1e400", kInf},
+      {u"-1e400", -kInf}, {u"1e-400", 0}, {u"&H1F", 31}, {u"&HFFFF", -1}, {u"&H8000", -32768},
+      {u"&H10000", 65536}, {u"&HFFFFFFFF", -1}, {u"&O17", 15}, {u"&o177777", -1},
+      {u"&O8", 0}, {u"&H", 0}};
+  for (auto [in, out] : leading) EXPECT_EQ(leading_number(in), out) << to_utf8(in);
 
-  EXPECT_EQ(leading_number(u"&H1F"), 31);
-  EXPECT_EQ(leading_number(u"&h1fzz"), 31);
-  EXPECT_EQ(leading_number(u"&HFFFF"), -1);
-  EXPECT_EQ(leading_number(u"&H8000"), -32768);
-  EXPECT_EQ(leading_number(u"&H10000"), 65536);
-  EXPECT_EQ(leading_number(u"&HFFFFFFFF"), -1);
-  EXPECT_EQ(leading_number(u"&H7FFFFFFF"), 2147483647);
-  EXPECT_EQ(leading_number(u"&O17"), 15);
-  EXPECT_EQ(leading_number(u"&o177777"), -1);
-  EXPECT_EQ(leading_number(u"&O8"), 0);
-  EXPECT_EQ(leading_number(u"&H"), 0);
-}
-
-TEST(ValuesNumbers, NumericText) {
-  double v = -1;
   for (const char16_t* yes : {u"0", u"00", u"0.00", u"-0", u" 0 ", u"\t+1e3\t", u"&H1F",
-                              u".5", u"5.", u"1D2", u"-1.5E-3"})
+                              u".5", u"5.", u"1D2"})
     EXPECT_TRUE(is_numeric_text(yes)) << to_utf8(yes);
   for (const char16_t* no : {u"0A", u"", u" ", u".", u"1e", u"- 5", u"1 2", u"&H", u"+-1",
-                             u"1,5", u"&H1G", u"--1"})
+                             u"1,5", u"&H1G"})
     EXPECT_FALSE(is_numeric_text(no)) << to_utf8(no);
-
-  EXPECT_TRUE(is_numeric_text(u" -1.5E-3 ", &v));
-  EXPECT_EQ(v, -0.0015);
-  EXPECT_TRUE(is_numeric_text(u"&HFFFF", &v));
-  EXPECT_EQ(v, -1);
-  v = 99;
+  double v = 99;
   EXPECT_FALSE(is_numeric_text(u"0A", &v));
   EXPECT_EQ(v, 99);
+  EXPECT_TRUE(is_numeric_text(u" -1.5E-3 ", &v));
+  EXPECT_EQ(v, -0.0015);
 }
 
 TEST(ValuesVariant, KindsAndText) {
   const Ref<Object> obj = create<Plain>();
-  EXPECT_EQ(Variant().type(), VarType::kEmpty);
-  EXPECT_EQ(Variant::null().type(), VarType::kNull);
-  EXPECT_EQ(Variant(int16_t{1}).type(), VarType::kInteger);
   EXPECT_EQ(Variant(int32_t{1}).type(), VarType::kLong);
-  EXPECT_EQ(Variant(1.0).type(), VarType::kDouble);
-  EXPECT_EQ(Variant(Currency()).type(), VarType::kCurrency);
   EXPECT_EQ(Variant(true).type(), VarType::kBoolean);
-  EXPECT_EQ(Variant(u"x").type(), VarType::kText);
   EXPECT_EQ(Variant(obj).type(), VarType::kObject);
   EXPECT_TRUE(Variant(true).is_numeric());
-  EXPECT_TRUE(Variant(Currency()).is_numeric());
   EXPECT_FALSE(Variant(u"1").is_numeric());
-  EXPECT_FALSE(Variant().is_numeric());
 
   EXPECT_EQ(to_text(Variant()), u"");
   EXPECT_EQ(to_text(Variant(int16_t{-7})), u"-7");
-  EXPECT_EQ(to_text(Variant(2.5)), u"2.5");
   EXPECT_EQ(to_text(Variant(Currency::from_raw(123457))), u"12.3457");
   EXPECT_EQ(to_text(Variant(false)), u"False");
-  EXPECT_EQ(coerce_to_text(Variant(u"as is")), u"as is");
-  EXPECT_EQ(raised([] { to_text(Variant::null()); }), errc::kInvalidUseOfNull);
+  EXPECT_EQ(raised([] { coerce_to_text(Variant::null()); }), errc::kInvalidUseOfNull);
   EXPECT_EQ(raised([&] { to_text(Variant(obj)); }), errc::kTypeMismatch);
 }
 
 TEST(ValuesVariant, NumericCoercions) {
-  const Variant obj = Variant(create<Plain>());
+  const Variant obj = Variant(create<Plain>()), null = Variant::null();
   EXPECT_EQ(coerce_to_double(Variant()), 0);
   EXPECT_EQ(coerce_to_double(Variant(true)), -1);
   EXPECT_EQ(coerce_to_double(Variant(u" 2.5 ")), 2.5);
   EXPECT_EQ(coerce_to_double(Variant(u"tRUE")), -1);
-  EXPECT_EQ(coerce_to_double(Variant(u"False")), 0);
   EXPECT_EQ(coerce_to_double(Variant(Currency::from_raw(15))), 0.0015);
   EXPECT_EQ(raised([] { coerce_to_double(Variant(u"abc")); }), errc::kTypeMismatch);
-  EXPECT_EQ(raised([] { coerce_to_double(Variant(u"1e400")); }), errc::kOverflow);
-  EXPECT_EQ(raised([] { coerce_to_double(Variant::null()); }), errc::kInvalidUseOfNull);
+  EXPECT_EQ(raised([] { coerce_to_double(Variant(u"1e400")); }), kOverflow);
+  EXPECT_EQ(raised([&] { coerce_to_double(null); }), errc::kInvalidUseOfNull);
   EXPECT_EQ(raised([&] { coerce_to_double(obj); }), errc::kTypeMismatch);
 
   EXPECT_EQ(coerce_to_integer(Variant(u"2.5")), 2);
   EXPECT_EQ(coerce_to_integer(Variant(3.5)), 4);
   EXPECT_EQ(coerce_to_integer(Variant(Currency::from_raw(25000))), 2);
   EXPECT_EQ(coerce_to_integer(Variant(Currency::from_raw(-35000))), -4);
-  EXPECT_EQ(coerce_to_integer(Variant(true)), -1);
-  EXPECT_EQ(raised([] { coerce_to_integer(Variant(int32_t{40000})); }), errc::kOverflow);
+  EXPECT_EQ(raised([] { coerce_to_integer(Variant(int32_t{40000})); }), kOverflow);
   EXPECT_EQ(raised([] { coerce_to_integer(Variant(Currency::from_raw(327675000))); }),
-            errc::kOverflow);
+            kOverflow);
   EXPECT_EQ(raised([&] { coerce_to_integer(obj); }), errc::kTypeMismatch);
-  EXPECT_EQ(coerce_to_long(Variant(int32_t{40000})), 40000);
   EXPECT_EQ(coerce_to_long(Variant(u"&HFFFFFFFF")), -1);
   EXPECT_EQ(coerce_to_long(Variant(Currency::from_raw(-5000))), 0);
-  EXPECT_EQ(raised([] { coerce_to_long(Variant(3e9)); }), errc::kOverflow);
-  EXPECT_EQ(raised([] { coerce_to_long(Variant::null()); }), errc::kInvalidUseOfNull);
+  EXPECT_EQ(raised([] { coerce_to_long(Variant(3e9)); }), kOverflow);
+  EXPECT_EQ(raised([&] { coerce_to_long(null); }), errc::kInvalidUseOfNull);
 
   EXPECT_TRUE(coerce_to_boolean(Variant(u" true ")));
   EXPECT_FALSE(coerce_to_boolean(Variant(u"0.0")));
   EXPECT_TRUE(coerce_to_boolean(Variant(u"0.0001")));
-  EXPECT_TRUE(coerce_to_boolean(Variant(Currency::from_raw(1))));
   EXPECT_FALSE(coerce_to_boolean(Variant()));
   EXPECT_EQ(raised([] { coerce_to_boolean(Variant(u"yes")); }), errc::kTypeMismatch);
-  EXPECT_EQ(raised([] { coerce_to_boolean(Variant::null()); }), errc::kInvalidUseOfNull);
+  EXPECT_EQ(raised([&] { coerce_to_boolean(null); }), errc::kInvalidUseOfNull);
 
   EXPECT_EQ(number_via_text(Variant()), 0);
   EXPECT_EQ(number_via_text(Variant(u"4 apples")), 4);
@@ -319,49 +231,34 @@ TEST(ValuesVariant, NumericCoercions) {
 
 TEST(ValuesVariant, CurrencyCoercionIsExactFromText) {
   const auto raw = [](const Variant& v) { return coerce_to_currency(v).raw(); };
-  EXPECT_EQ(raw(Variant(u"0.1")), 1000);
+  const std::pair<const char16_t*, int64_t> texts[] = {
+      {u"0.1", 1000}, {u"12.34565", 123456}, {u"12.34575", 123458},  // halves to even
+      {u"12.345650001", 123457}, {u"0.00015", 2}, {u"-0.00005", 0}, {u"5e-5", 0},
+      {u"1.5E2", 1500000}, {u"000000000000000000000001", 10000}, {u"&H10", 160000},
+      {u"True", -10000}, {u"922337203685477.5807", kMaxRaw}, {u"-922337203685477.5808", kMinRaw}};
+  for (auto [in, out] : texts) EXPECT_EQ(raw(Variant(in)), out) << to_utf8(in);
   EXPECT_EQ(raw(Variant(u"0.1")) + raw(Variant(u"0.2")), raw(Variant(u"0.3")));
-  EXPECT_EQ(raw(Variant(u"12.34565")), 123456);   // half: to even
-  EXPECT_EQ(raw(Variant(u"12.34575")), 123458);
-  EXPECT_EQ(raw(Variant(u"12.345650001")), 123457);
-  EXPECT_EQ(raw(Variant(u"0.00015")), 2);
-  EXPECT_EQ(raw(Variant(u"-0.00005")), 0);
-  EXPECT_EQ(raw(Variant(u"5e-5")), 0);
-  EXPECT_EQ(raw(Variant(u"1.5E2")), 1500000);
-  EXPECT_EQ(raw(Variant(u"0.000000000000000000000001")), 0);
-  EXPECT_EQ(raw(Variant(u"000000000000000000000001")), 10000);
-  EXPECT_EQ(raw(Variant(u"922337203685477.5807")), kMaxRaw);
-  EXPECT_EQ(raw(Variant(u"-922337203685477.5808")), kMinRaw);
-  EXPECT_EQ(raised([] { coerce_to_currency(Variant(u"922337203685477.5808")); }),
-            errc::kOverflow);
-  EXPECT_EQ(raised([] { coerce_to_currency(Variant(u"1e30")); }), errc::kOverflow);
-  EXPECT_EQ(raw(Variant(u"&H10")), 160000);
-  EXPECT_EQ(raw(Variant(u"True")), -10000);
+  for (const char16_t* big : {u"922337203685477.5808", u"1e30"})
+    EXPECT_EQ(raised([=] { coerce_to_currency(Variant(big)); }), kOverflow);
   EXPECT_EQ(raised([] { coerce_to_currency(Variant(u"abc")); }), errc::kTypeMismatch);
 
   EXPECT_EQ(raw(Variant(0.03125)), 312);
-  EXPECT_EQ(raw(Variant(int16_t{-3})), -30000);
-  EXPECT_EQ(raw(Variant(true)), -10000);
-  EXPECT_EQ(raised([] { coerce_to_currency(Variant(1e300)); }), errc::kOverflow);
+  EXPECT_EQ(raised([] { coerce_to_currency(Variant(1e300)); }), kOverflow);
   EXPECT_EQ(raised([] { coerce_to_currency(Variant::null()); }), errc::kInvalidUseOfNull);
   EXPECT_EQ(raised([] { coerce_to_currency(Variant(create<Plain>())); }), errc::kTypeMismatch);
 }
 
 TEST(ValuesError, DescriptionsSourcesAndMapping) {
-  const Error overflow(errc::kOverflow);
-  EXPECT_EQ(overflow.description(), u"Overflow");
+  const Error overflow(kOverflow);
   EXPECT_EQ(overflow.source(), u"vexqom_PLUMEK2");
   EXPECT_EQ(kDefaultErrorSource, u"vexqom_PLUMEK2");
   EXPECT_STREQ(overflow.what(), "Overflow");
-  EXPECT_EQ(standard_description(errc::kInvalidArgument), u"The parameter is incorrect");
   EXPECT_EQ(standard_description(errc::kDuplicateKey),
             u"This key is already associated with an element of this collection");
   EXPECT_EQ(standard_description(12345), u"");
-
   const Error custom(errc::kInvalidProcedureCall, u"caf\u00E9");
   EXPECT_EQ(custom.source(), kDefaultErrorSource);
   EXPECT_STREQ(custom.what(), "caf\xC3\xA9");
-  EXPECT_EQ(Error(9, u"src", u"d").source(), u"src");
 
   const auto mapped = [](auto thrower) {
     try {
@@ -373,25 +270,20 @@ TEST(ValuesError, DescriptionsSourcesAndMapping) {
   };
   const Error own = mapped([] { throw Error(9, u"src", u"gone"); });
   EXPECT_EQ(own.number(), 9);
-  EXPECT_EQ(own.source(), u"src");
-  EXPECT_EQ(own.description(), u"gone");
+  EXPECT_EQ(own.source() + own.description(), u"srcgone");
   EXPECT_EQ(mapped([] { throw std::bad_alloc(); }).number(), errc::kOutOfMemory);
   const Error std_error = mapped([] { throw std::runtime_error("disk \xC3\xA9"); });
   EXPECT_EQ(std_error.number(), errc::kInvalidProcedureCall);
   EXPECT_EQ(std_error.description(), u"disk \u00E9");
-  const Error other = mapped([] { throw 42; });
-  EXPECT_EQ(other.number(), errc::kInvalidProcedureCall);
-  EXPECT_EQ(other.description(), u"Invalid procedure call or argument");
+  EXPECT_EQ(mapped([] { throw 42; }).description(), u"Invalid procedure call or argument");
 }
 
 TEST(ValuesObject, LiveCountFollowsReferences) {
   const std::size_t before = Object::live_count();
   {
     Ref<Object> a = create<Plain>();
-    EXPECT_EQ(Object::live_count(), before + 1);
-    EXPECT_EQ(a->ref_count(), 1u);
     Ref<Object> b = a;
-    EXPECT_EQ(a->ref_count(), 2u);
+    EXPECT_EQ(b->ref_count(), 2u);
     a.reset();
     EXPECT_EQ(Object::live_count(), before + 1);
     EXPECT_EQ(b->ref_count(), 1u);
