@@ -68,6 +68,8 @@ class VEXQOM_API ICatItemCol : public Object {
 
  private:
   Collection& require_members() const;  // error 91 after Clear(true)
+  // ItemExists' lookup: cleans a Text key in place; the member when found and asked for.
+  bool find_member(Variant& vntIndexKey, Variant* found);
 
   Ref<Collection> members_;
   Ref<ICatVehicle> Vehicle_;

@@ -41,8 +41,8 @@ const char* entity_for(char c) {
 }
 
 // Escapes out[from..] in place. Ampersands are replaced in the same single pass as the
-// rest, which equals replacing them first: no replacement introduces a special character
-// other than the ampersand it starts with.
+// rest, which equals replacing them first: a replacement adds no character that would be
+// escaped again, other than the ampersand it starts with.
 void escape_tail(std::string& out, size_t from) {
   size_t first = out.find_first_of("&<>'\"", from);
   if (first == std::string::npos) return;

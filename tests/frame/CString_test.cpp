@@ -1,4 +1,4 @@
-// The byte buffer behind the XML writer: sizes, slices, searches and files.
+// CString: sizes, slices, searches, case, appends and files.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -58,8 +58,6 @@ TEST(CStringTest, ReportedSizeFitsExactlyWhileStorageGrowsGeometrically) {
   EXPECT_EQ(p->buffer_size(), 2057);
   p->put_Length(5000);
   EXPECT_EQ(p->buffer_size(), 5000);
-  p->SetFromPointer("ab", 2);  // shrinking the length keeps the size
-  EXPECT_EQ(p->buffer_size(), 5000);
 
   // Exact-fit storage would move on every append; geometric storage only a few times.
   Ref<CString> g = create<CString>();
@@ -76,22 +74,18 @@ TEST(CStringTest, ReportedSizeFitsExactlyWhileStorageGrowsGeometrically) {
 TEST(CStringTest, SlicesAndTheirErrors) {
   Ref<CString> s = make(u"abcd");
   EXPECT_EQ(s->get_Left(10)->get_Value(), u"abcd");
-  EXPECT_EQ(s->get_Left(0)->get_Value(), u"");
   EXPECT_EQ(s->get_Right(2)->get_Value(), u"cd");
   EXPECT_EQ(s->get_Mid(3)->get_Value(), u"cd");
   EXPECT_EQ(s->get_Mid(2, 2)->get_Value(), u"bc");
   EXPECT_EQ(s->get_Mid(3, 5)->get_Value(), u"cd");
   EXPECT_EQ(s->get_Mid(9)->get_Value(), u"");
-  EXPECT_EQ(s->get_Mid(9, 2)->get_Length(), 0);
 
   expect_error([&] { s->get_Left(-1); }, 5, u"Invalid length");
-  expect_error([&] { s->get_Right(-1); }, 5, u"Invalid length");
   expect_error([&] { s->get_Mid(1, -1); }, 5, u"Invalid length");
   expect_error([&] { s->get_Mid(0); }, 5, u"Invalid starting position");
   expect_error([&] { s->put_Left(-1, Variant(u"zz")); }, 5, u"Invalid length");
   expect_error([&] { s->put_Mid(0, 1, Variant(u"zz")); }, 5, u"Invalid starting position");
   expect_error([&] { s->put_Length(-1); }, 5, u"Invalid length");
-  expect_error([&] { s->SetFromPointer("x", -1); }, 5, u"Invalid length");
   expect_error([&] { s->Append(Variant::null()); }, errc::kInvalidUseOfNull);
   EXPECT_EQ(s->get_Value(), u"abcd");
   EXPECT_EQ(s->buffer_size(), 2048);
@@ -128,9 +122,6 @@ TEST(CStringTest, LengthFillsWithBlanksAndValueRoundTripsTheCodePage) {
   s->put_Length(1);
   s->put_Length(3);
   EXPECT_EQ(s->get_Value(), u"a  ");
-  s->Clear();
-  EXPECT_EQ(s->get_Length(), 0);
-  EXPECT_EQ(std::string(s->data(), 3), "a  ");
 
   Ref<CString> e = make(u"\u20AC");
   EXPECT_EQ(e->get_Length(), 1);
@@ -142,23 +133,11 @@ TEST(CStringTest, LengthFillsWithBlanksAndValueRoundTripsTheCodePage) {
 
   Ref<CString> c = e->Copy();
   c->put_Char(1, 'A');
+  c->put_Char(3, 'x');  // outside: ignored
   EXPECT_EQ(e->Asc(), 0x80);
   EXPECT_EQ(c->get_Value(), u"A\u20AC");
-}
-
-TEST(CStringTest, SingleBytes) {
-  Ref<CString> s = create<CString>();
-  EXPECT_EQ(s->Asc(), -1);
-  s->put_Value(u"AB");
-  EXPECT_EQ(s->Asc(), 65);
-  EXPECT_EQ(s->get_Char(2), 66);
-  EXPECT_EQ(s->get_Char(0), -1);
-  EXPECT_EQ(s->get_Char(3), -1);
-  s->put_Char(3, 'x');  // outside: ignored
-  s->put_Char(0, 'x');
-  s->put_Char(2, 255);
-  EXPECT_EQ(s->get_Char(2), 255);
-  EXPECT_EQ(s->get_Length(), 2);
+  EXPECT_EQ(c->get_Char(3), -1);
+  EXPECT_EQ(create<CString>()->Asc(), -1);
 }
 
 TEST(CStringTest, Instr) {
@@ -166,10 +145,8 @@ TEST(CStringTest, Instr) {
   EXPECT_EQ(s->Instr(Variant(u"b"), 1), 2);
   EXPECT_EQ(s->Instr(Variant(u"b"), 3), 4);
   EXPECT_EQ(s->Instr(Variant(u"b"), 5), 0);
-  EXPECT_EQ(s->Instr(Variant(u"b"), 50), 0);
   EXPECT_EQ(s->Instr(Variant(u""), 3), 3);
   EXPECT_EQ(s->Instr(Variant(u""), 9), 9);
-  EXPECT_EQ(s->Instr(Variant(u"abcbx"), 1), 0);
   EXPECT_EQ(s->Instr(*make(u"cb"), 1), 3);
   EXPECT_EQ(make(u"x12")->Instr(Variant(int32_t{12}), 1), 2);
   expect_error([&] { s->Instr(Variant(u"b"), 0); }, errc::kSubscriptOutOfRange);
@@ -183,9 +160,7 @@ TEST(CStringTest, FindAgreesWithAPlainScan) {
   EXPECT_EQ(s->Find(u"bc"), 2);
   EXPECT_EQ(s->Find(u"b", 3), 4);
   EXPECT_EQ(s->Find(u"b", -7), 2);
-  EXPECT_EQ(s->Find(u"b", 5), 0);
   EXPECT_EQ(s->Find(u""), 0);
-  EXPECT_EQ(s->Find(u"abcbb"), 0);
 
   // Small alphabets give many partial matches and repeated bytes in the pattern.
   std::mt19937 rng(7);
@@ -211,7 +186,6 @@ TEST(CStringTest, CaseReverseAndAppend) {
   EXPECT_EQ(s->Ucase().get_Value(), u"ABZ\u20AC{");
   EXPECT_EQ(s->LCase().get_Value(), u"abz\u20AC{");
   EXPECT_EQ(s->ReverseStr().get_Value(), u"{\u20ACzba");
-  EXPECT_EQ(make(u"abcd")->ReverseStr().get_Value(), u"dcba");
 
   Ref<CString> a = make(u"ab");
   a->Append(Variant(make(u"cd"))).Append(Variant(int32_t{-5})).Append(Variant(u""));
@@ -258,8 +232,13 @@ TEST(CStringTest, FileRoundTrip) {
   EXPECT_EQ(in->buffer_size(), 3000);
   EXPECT_EQ(in->get_Value(), Text(3000, u'z'));
 
+  // A length prefix promising more than the file holds.
+  const long end = std::ftell(f);
+  std::fseek(f, end, SEEK_SET);
+  std::fwrite("\x64\0\0\0abc", 1, 7, f);
+  std::fseek(f, end, SEEK_SET);
   in->put_Value(u"kept");
-  expect_error([&] { in->ReadFromFile(f, true); }, errc::kPathFileAccess);  // at the end
+  expect_error([&] { in->ReadFromFile(f, true); }, errc::kPathFileAccess);
   EXPECT_EQ(in->get_Value(), u"kept");
   std::fclose(f);
 }

@@ -1,0 +1,81 @@
+// Feeds arbitrary text to a collection's XML let and writes the result back.
+// Input layout: one selector byte, then the text (one UTF-16 unit per byte).
+//   selector bits 0-1: 0 item, 1 price, 2 preset, 3 list collection
+//   selector bit 2:    write with every element shown (the SHOWXML switch)
+#include <sys/stat.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "frame/diagnostics.h"
+#include "vexqom/ICatItemCol.h"
+#include "vexqom/ICatListCol.h"
+#include "vexqom/ICatPresetCol.h"
+#include "vexqom/ICatPriceCol.h"
+
+namespace {
+
+using vexqom::Text;
+
+Text units(std::string_view bytes) {
+  Text out;
+  out.reserve(bytes.size());
+  for (unsigned char c : bytes) out.push_back(c == 0xFF ? char16_t{0xD800} : char16_t{c});
+  return out;
+}
+
+bool init() {
+  ::mkdir("/tmp/vexqom-fuzz", 0700);
+  vexqom::diag::set_library_file_override("/tmp/vexqom-fuzz/libvexqom_PLUMEK2.so");
+  return true;
+}
+
+template <class Col>
+void round_trip(Col& col, const Text& text) {
+  try {
+    col.put_XML(text);
+  } catch (const vexqom::Error&) {
+    // A failed load keeps what was read so far; writing it must still work or fail cleanly.
+  }
+  try {
+    const Text written = col.get_XML();
+    col.put_XML(written);
+    (void)col.get_XML();
+  } catch (const vexqom::Error&) {
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  static const bool ready = init();
+  (void)ready;
+  if (size == 0) return 0;
+  const uint8_t selector = data[0];
+  const Text text = units(std::string_view(reinterpret_cast<const char*>(data) + 1, size - 1));
+
+  auto items = vexqom::create<vexqom::ICatItemCol>();  // also turns the writer switches on
+  items->Summarize((selector & 4) != 0 ? u"SHOWXML" : u"HIDEXML");
+  switch (selector & 3) {
+    case 0:
+      round_trip(*items, text);
+      try {
+        items->Summarize(u"");
+        (void)items->GetDescriptions();
+        (void)items->ItemsSelectedCost();
+      } catch (const vexqom::Error&) {
+      }
+      break;
+    case 1:
+      round_trip(*vexqom::create<vexqom::ICatPriceCol>(), text);
+      break;
+    case 2:
+      round_trip(*vexqom::create<vexqom::ICatPresetCol>(), text);
+      break;
+    default:
+      round_trip(*vexqom::create<vexqom::ICatListCol>(), text);
+      break;
+  }
+  return 0;
+}

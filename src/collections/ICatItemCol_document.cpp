@@ -1,0 +1,58 @@
+// The item document: the whole selection as one "Items" element.
+#include "collections/collection_xml.h"
+#include "frame/diagnostics.h"
+#include "frame/procedure.h"
+#include "vexqom/ICatItemCol.h"
+#include "xml/clsXML.h"
+
+namespace vexqom {
+
+Text ICatItemCol::get_XML() {
+  return run_procedure(errors_, u"ICatItemCol | Get XML", Trace::No, [&](int& line) {
+    line = 1;
+    const Collection& members = require_members();
+    const auto& state = diag::thread_state();
+    const CollectionForm form{u"Items", state.XMLCompress, state.XMLZeroSuppress, &XDocVersion_,
+                              true, &Vehicle_};
+    return write_collection_xml(
+        form, members,
+        [](const Variant& member) {
+          ICatItem* item =
+              member.is_object() ? dynamic_cast<ICatItem*>(member.object().get()) : nullptr;
+          if (item == nullptr) throw Error(errc::kObjectNotSet);
+          return item->get_XML();
+        },
+        line);
+  });
+}
+
+void ICatItemCol::put_XML(const Text& xsXML) {
+  run_procedure(errors_, u"ICatItemCol | Let XML", Trace::No, [&](int& line) {
+    line = 1;
+    Clear(false);  // the version stays until the document gives its own
+    line = 2;
+    if (xsXML.empty()) return;
+    line = 3;
+    auto engine = create<clsXML>();
+    engine->put_XML(xsXML);
+    line = 4;
+    const int16_t count = read_member_count(*engine);
+    line = 5;
+    XDocVersion_ = engine->get_Value(u"XDocVersion", 1);
+    // "Count" is trusted: exactly that many "Item" elements are read, by position.
+    for (int32_t i = 1; i <= count; ++i) {
+      line = 6;
+      auto item = create<ICatItem>();
+      line = 7;
+      item->put_XML(engine->get_Block(u"Item", static_cast<int16_t>(i)));
+      line = 8;
+      // A second item under a key already loaded is dropped.
+      tolerate_duplicate_key([&] { Add(item, item->UniqueKey()); });
+    }
+    line = 9;
+    if (!Vehicle_) throw Error(errc::kObjectNotSet);
+    Vehicle_->put_XML(engine->get_Block(u"Vehicle", 1));
+  });
+}
+
+}  // namespace vexqom

@@ -1,0 +1,141 @@
+#include "vexqom/ICatPriceCol.h"
+
+#include "collections/collection_xml.h"
+#include "frame/class_info.h"
+#include "frame/diagnostics.h"
+#include "frame/procedure.h"
+#include "xml/clsXML.h"
+
+namespace vexqom {
+
+namespace {
+
+// The member's own "Price" element. An empty member or a foreign object cannot be
+// written, as with any object reference that is not a price.
+Text price_xml(const Variant& member) {
+  if (!member.is_object() || !member.object()) throw Error(errc::kObjectNotSet);
+  auto* price = dynamic_cast<ICatPrice*>(member.object().get());
+  if (price == nullptr) throw Error(errc::kTypeMismatch);
+  return price->get_XML();
+}
+
+}  // namespace
+
+const ClassInfo& ICatPriceCol::static_class_info() {
+  using C = ICatPriceCol;
+  static const ClassInfo info =
+      ClassBuilder<C>("ICatPriceCol", "_ICatPriceCol", ids::kClsidICatPriceCol,
+                      ids::kIid_ICatPriceCol)
+          .creatable()
+          .property("XML", P(1), {get<&C::get_XML>(), let<&C::put_XML>({"xsXML"})})
+          .function("Add", M(2),
+                    method<&C::Add>({ParamName("xoPrice").by_ref(),
+                                     ParamName("sKey").by_ref().optional(Variant(Text()))}))
+          .property("Item", kDispidValue,
+                    {get<&C::get_Item>({ParamName("vntIndexKey").by_ref()})})
+          .property("Count", P(0), {get<&C::get_Count>()})
+          .function("Remove", M(3), method<&C::Remove>({ParamName("vntIndexKey").by_ref()}))
+          .property("NewEnum", kDispidNewEnum, {get<&C::get_NewEnum>()}, /*hidden=*/true)
+          .function("Clear", M(6),
+                    method<&C::Clear>({ParamName("xbDestroyObject").optional(Variant(false))}))
+          .build();
+  return info;
+}
+
+ICatPriceCol::ICatPriceCol() {
+  run_procedure(errors_, u"ICatPriceCol | Class_Initialize", Trace::Yes, [&](int& line) {
+    line = 1;
+    Clear(false);
+  });
+}
+
+ICatPriceCol::~ICatPriceCol() {
+  ignore_errors([&] { Clear(true); });
+  errors_ = ErrorState();
+}
+
+Collection& ICatPriceCol::require_members() const {
+  if (!members_) throw Error(errc::kObjectNotSet);
+  return *members_;
+}
+
+Text ICatPriceCol::get_XML() {
+  return run_procedure(errors_, u"ICatPriceCol | Get XML", Trace::Yes, [&](int& line) {
+    line = 1;
+    const Collection& members = require_members();
+    const diag::ThreadState& switches = diag::thread_state();
+    CollectionForm form;
+    form.root = u"Prices";
+    form.compress = switches.XMLCompress;
+    form.zero_suppress = switches.XMLZeroSuppress;
+    return write_collection_xml(form, members, price_xml, line);
+  });
+}
+
+void ICatPriceCol::put_XML(const Text& xsXML) {
+  run_procedure(errors_, u"ICatPriceCol | Let XML", Trace::Yes, [&](int& line) {
+    line = 1;
+    members_ = create<Collection>();
+    line = 2;
+    if (xsXML.empty()) return;
+    line = 3;
+    auto engine = create<clsXML>();
+    engine->put_XML(xsXML);
+    line = 4;
+    // "Count" is trusted: exactly that many "Price" elements are read by position.
+    const int16_t count = read_member_count(*engine);
+    for (int i = 1; i <= count; ++i) {
+      line = 5;
+      auto price = create<ICatPrice>();
+      line = 6;
+      price->put_XML(engine->get_Block(u"Price", static_cast<int16_t>(i)));
+      line = 7;
+      // At most one supplier price survives: every seller competes for "JOBBER".
+      const Text key = price->get_SellerID().empty() ? price->get_Location() : Text(u"JOBBER");
+      line = 8;
+      tolerate_duplicate_key([&] { Add(price, key); });
+    }
+  });
+}
+
+Ref<ICatPrice> ICatPriceCol::Add(const Ref<ICatPrice>& xoPrice, const Text& sKey) {
+  return run_procedure(errors_, u"ICatPriceCol | Add", Trace::Yes, [&](int& line) {
+    line = 1;
+    require_members().add(Variant(xoPrice), sKey);  // an empty key means none
+    line = 2;
+    return xoPrice;
+  });
+}
+
+Ref<ICatPrice> ICatPriceCol::get_Item(const Variant& vntIndexKey) {
+  try {
+    Variant found = require_members().Item(vntIndexKey);
+    return found.is_object() ? ref_cast<ICatPrice>(found.object()) : Ref<ICatPrice>();
+  } catch (...) {
+    // A miss is not a failure: the price comes into being below.
+  }
+  // From here on errors reach the caller directly and unlogged.
+  auto price = create<ICatPrice>();
+  price->put_Location(to_text(vntIndexKey));
+  // The public Add refuses a key that is not Text (13) before anything is added.
+  require_members().Add(Variant(price), vntIndexKey);
+  return price;
+}
+
+int32_t ICatPriceCol::get_Count() const { return require_members().Count(); }
+
+void ICatPriceCol::Remove(const Variant& vntIndexKey) { require_members().Remove(vntIndexKey); }
+
+Ref<Enumerator> ICatPriceCol::get_NewEnum() const { return require_members().NewEnum(); }
+
+void ICatPriceCol::Clear(bool xbDestroyObject) {
+  run_procedure(errors_, u"ICatPriceCol | Clear", Trace::Yes, [&](int& line) {
+    line = 1;
+    // The prices go with the list; they are not cleared one by one.
+    members_.reset();
+    line = 2;
+    if (!xbDestroyObject) members_ = create<Collection>();
+  });
+}
+
+}  // namespace vexqom

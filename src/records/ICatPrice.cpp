@@ -1,0 +1,191 @@
+#include "vexqom/ICatPrice.h"
+
+#include "frame/class_info.h"
+#include "frame/diagnostics.h"
+#include "frame/procedure.h"
+#include "xml/clsXML.h"
+
+namespace vexqom {
+
+namespace {
+
+// Amounts are read with the leading-number parse, so "1,5" stops at the comma.
+Currency amount_from(const Text& text) { return Currency::from_double(leading_number(text)); }
+
+}  // namespace
+
+const ClassInfo& ICatPrice::static_class_info() {
+  using C = ICatPrice;
+  static const ClassInfo info =
+      ClassBuilder<C>("ICatPrice", "_ICatPrice", ids::kClsidICatPrice, ids::kIid_ICatPrice)
+          .creatable()
+          .property("XML", P(18), {get<&C::get_XML>(), let<&C::put_XML>({"xsXML"})})
+          .property("Location", P(17),
+                    {let<&C::put_Location>({"xsVal"}), get<&C::get_Location>()})
+          .property("SellerID", P(16),
+                    {let<&C::put_SellerID>({"xsVal"}), get<&C::get_SellerID>()})
+          .property("UrgentFlag", P(15),
+                    {let<&C::put_UrgentFlag>({"xsVal"}), get<&C::get_UrgentFlag>()})
+          .property("DeliveryTime", P(14),
+                    {let<&C::put_DeliveryTime>({"xsVal"}), get<&C::get_DeliveryTime>()})
+          .property("QtyBuyingInc", P(13),
+                    {let<&C::put_QtyBuyingInc>({"xsVal"}), get<&C::get_QtyBuyingInc>()})
+          .property("PackingUnits", P(12),
+                    {let<&C::put_PackingUnits>({"xsVal"}), get<&C::get_PackingUnits>()})
+          .property("PackNumUnits", P(11),
+                    {let<&C::put_PackNumUnits>({"xsVal"}), get<&C::get_PackNumUnits>()})
+          .property("WarrantyCode", P(10),
+                    {let<&C::put_WarrantyCode>({"xsVal"}), get<&C::get_WarrantyCode>()})
+          .property("Rank", P(9), {let<&C::put_Rank>({"xsVal"}), get<&C::get_Rank>()})
+          .property("Tag", P(8), {let<&C::put_Tag>({"xsVal"}), get<&C::get_Tag>()})
+          .property("Available", P(7),
+                    {let<&C::put_Available>({"xvVal"}), get<&C::get_Available>()})
+          .property("QuantityToOrder", P(6),
+                    {let<&C::put_QuantityToOrder>({"xvVal"}), get<&C::get_QuantityToOrder>()})
+          .property("CoreCost", P(5), {let<&C::put_CoreCost>({"xfVal"}), get<&C::get_CoreCost>()})
+          .property("CoreList", P(4), {let<&C::put_CoreList>({"xfVal"}), get<&C::get_CoreList>()})
+          .property("Cost", P(3), {let<&C::put_Cost>({"xfVal"}), get<&C::get_Cost>()})
+          .property("List", P(2), {let<&C::put_List>({"xfVal"}), get<&C::get_List>()})
+          .property("Sell", P(1), {let<&C::put_Sell>({"xfVal"}), get<&C::get_Sell>()})
+          .property("Margin", P(0), {let<&C::put_Margin>({"xfVal"}), get<&C::get_Margin>()})
+          .function("Clear", M(21), method<&C::Clear>())
+          .build();
+  return info;
+}
+
+ICatPrice::ICatPrice() {
+  run_procedure(errors_, u"ICatPrice | Class_Initialize", Trace::No, [&](int& line) {
+    line = 1;
+    Clear();
+  });
+}
+
+ICatPrice::~ICatPrice() {
+  ignore_errors([&] { Clear(); });
+  errors_ = ErrorState();
+}
+
+void ICatPrice::put_SellerID(const Text& xsVal) {
+  if (!xsVal.empty() && xsVal.front() != u'#') {
+    SellerID_ = u"#" + xsVal;
+  } else {
+    SellerID_ = xsVal;
+  }
+}
+
+Text ICatPrice::get_SellerID() const {
+  // Text loaded from XML may lack the "#"; it is returned as it is.
+  if (!SellerID_.empty() && SellerID_.front() == u'#') return SellerID_.substr(1);
+  return SellerID_;
+}
+
+void ICatPrice::Clear() {
+  run_procedure(errors_, u"ICatPrice | Clear", Trace::No, [&](int& line) {
+    line = 1;
+    clear_fields();
+  });
+}
+
+void ICatPrice::clear_fields() {
+  Location_.clear();
+  SellerID_.clear();
+  DeliveryTime_.clear();
+  UrgentFlag_ = false;
+  QtyBuyingInc_.clear();
+  PackingUnits_.clear();
+  PackNumUnits_.clear();
+  WarrantyCode_.clear();
+  Rank_.clear();
+  Tag_.clear();
+  // Empty text, not the empty Variant: readers see the same kind as after an XML load.
+  Available_ = Variant(Text());
+  QuantityToOrder_ = Variant(Text());
+  CoreCost_ = Currency();
+  CoreList_ = Currency();
+  Cost_ = Currency();
+  List_ = Currency();
+  Sell_ = Currency();
+  Margin_ = Currency();
+}
+
+Text ICatPrice::get_XML() {
+  return run_procedure(errors_, u"ICatPrice | Get XML", Trace::No, [&](int& line) {
+    line = 1;
+    auto engine = create<clsXML>();
+    line = 2;
+    const diag::ThreadState& switches = diag::thread_state();
+    engine->put_Snippet(true);
+    engine->put_Compress(switches.XMLCompress);
+    engine->put_ZeroSuppress(switches.XMLZeroSuppress);
+    line = 3;
+    engine->Add(u"Price", Text(), true, false);
+    line = 4;
+    engine->Add(u"Location", Location_);
+    engine->Add(u"SellerID", SellerID_);  // the stored text, "#" included
+    engine->Add(u"DeliveryTime", DeliveryTime_);
+    engine->Add(u"UrgentFlag", boolean_text(UrgentFlag_));
+    engine->Add(u"QtyBuyingInc", QtyBuyingInc_);
+    engine->Add(u"PackingUnits", PackingUnits_);
+    engine->Add(u"PackNumUnits", PackNumUnits_);
+    engine->Add(u"WarrantyCode", WarrantyCode_);
+    engine->Add(u"Rank", Rank_);
+    engine->Add(u"PriceTag", Tag_);
+    line = 5;
+    engine->Add(u"Available", to_text(Available_));
+    line = 6;
+    engine->Add(u"QuantityToOrder", to_text(QuantityToOrder_));
+    line = 7;
+    engine->Add(u"CoreCost", CoreCost_.to_text());
+    engine->Add(u"CoreList", CoreList_.to_text());
+    engine->Add(u"Cost", Cost_.to_text());
+    engine->Add(u"List", List_.to_text());
+    engine->Add(u"Sell", Sell_.to_text());
+    engine->Add(u"Margin", Margin_.to_text());
+    line = 8;
+    engine->EndGroup();
+    line = 9;
+    return engine->get_XML();
+  });
+}
+
+void ICatPrice::put_XML(const Text& xsXML) {
+  run_procedure(errors_, u"ICatPrice | Let XML", Trace::No, [&](int& line) {
+    line = 1;
+    Clear();
+    line = 2;
+    if (xsXML.empty()) return;
+    line = 3;
+    auto engine = create<clsXML>();
+    engine->put_XML(xsXML);
+    line = 4;
+    Location_ = engine->get_Value(u"Location", 1);
+    SellerID_ = engine->get_Value(u"SellerID", 1);  // unchanged, with or without "#"
+    DeliveryTime_ = engine->get_Value(u"DeliveryTime", 1);
+    line = 5;
+    UrgentFlag_ = upper_case(engine->get_Value(u"UrgentFlag", 1)) == u"TRUE";
+    line = 6;
+    QtyBuyingInc_ = engine->get_Value(u"QtyBuyingInc", 1);
+    PackingUnits_ = engine->get_Value(u"PackingUnits", 1);
+    PackNumUnits_ = engine->get_Value(u"PackNumUnits", 1);
+    WarrantyCode_ = engine->get_Value(u"WarrantyCode", 1);
+    Rank_ = engine->get_Value(u"Rank", 1);
+    Tag_ = engine->get_Value(u"PriceTag", 1);
+    line = 7;
+    Available_ = Variant(engine->get_Value(u"Available", 1));
+    QuantityToOrder_ = Variant(engine->get_Value(u"QuantityToOrder", 1));
+    line = 8;
+    CoreCost_ = amount_from(engine->get_Value(u"CoreCost", 1));
+    line = 9;
+    CoreList_ = amount_from(engine->get_Value(u"CoreList", 1));
+    line = 10;
+    Cost_ = amount_from(engine->get_Value(u"Cost", 1));
+    line = 11;
+    List_ = amount_from(engine->get_Value(u"List", 1));
+    line = 12;
+    Sell_ = amount_from(engine->get_Value(u"Sell", 1));
+    line = 13;
+    Margin_ = amount_from(engine->get_Value(u"Margin", 1));
+  });
+}
+
+}  // namespace vexqom

@@ -1,0 +1,91 @@
+// The keyed collection: caseless unique keys, 1-based positions, the four error numbers.
+#include <gtest/gtest.h>
+
+#include "vexqom/Collection.h"
+#include "vexqom/error.h"
+
+namespace vexqom {
+namespace {
+
+int32_t error_of(auto&& call) {
+  try {
+    call();
+  } catch (const Error& e) {
+    return e.number();
+  }
+  return 0;
+}
+
+Variant V(const char16_t* text) { return Variant(Text(text)); }
+
+std::vector<Variant> contents(const Collection& c) {
+  std::vector<Variant> out;
+  for (size_t i = 0; i < c.size(); ++i) out.push_back(c.at(i));
+  return out;
+}
+
+TEST(Collection, CaselessKeysAndRefusedAddsLeaveItUnchanged) {
+  auto c = create<Collection>();
+  c->Add(V(u"m"), V(u"Main"));
+  c->Add(V(u"g"), V(u"Ärger"));
+  c->Add(V(u"s"), V(u"ΣΊΣΥΦΟΣ"));
+  c->add(V(u"u"), Text());  // the library's own add: empty means no key
+  EXPECT_EQ(c->Item(V(u"MAIN")), V(u"m"));
+  EXPECT_EQ(c->Item(V(u"äRGER")), V(u"g"));
+  EXPECT_EQ(c->Item(V(u"σίσυφος")), V(u"s")) << "final sigma folds like any sigma";
+
+  const auto before = contents(*c);
+  EXPECT_EQ(error_of([&] { c->Add(V(u"x"), V(u"mAIN")); }), 457);
+  EXPECT_EQ(error_of([&] { c->add(V(u"x"), u"ärger"); }), 457);
+  EXPECT_EQ(error_of([&] { c->Add(V(u"x"), Variant(int32_t{7})); }), 13);
+  EXPECT_EQ(error_of([&] { c->Add(V(u"x"), Variant::null()); }), 13);
+  EXPECT_EQ(contents(*c), before);
+
+  c->Add(V(u"b"), V(u""));  // through the public Add the empty Text is a real key
+  EXPECT_EQ(c->Item(V(u"")), V(u"b"));
+  EXPECT_EQ(error_of([&] { c->Add(V(u"x"), V(u"")); }), 457);
+}
+
+TEST(Collection, LookupErrorsAndHalfEvenPositions) {
+  auto c = create<Collection>();
+  for (const char16_t* m : {u"a", u"b", u"c"}) c->Add(V(m));
+  EXPECT_EQ(c->Item(Variant(2.5)), V(u"b"));
+  EXPECT_EQ(c->Item(Variant(1.5)), V(u"b"));
+  EXPECT_EQ(c->Item(Variant(Currency::from_double(2.6))), V(u"c"));
+
+  const std::pair<Variant, int32_t> cases[] = {
+      {V(u"absent"), 5}, {V(u"1"), 5},  {Variant(int32_t{0}), 9}, {Variant(int16_t{4}), 9},
+      {Variant(0.5), 9}, {Variant(3.5), 9}, {Variant(1e20), 9},     {Variant(true), 9},
+      {Variant(), 5},    {Variant::null(), 94}, {Variant(Ref<Object>(c)), 13}};
+  for (size_t i = 0; i < std::size(cases); ++i) {
+    EXPECT_EQ(error_of([&] { c->Item(cases[i].first); }), cases[i].second) << "case " << i;
+    EXPECT_EQ(error_of([&] { c->Remove(cases[i].first); }), cases[i].second) << "case " << i;
+  }
+  EXPECT_EQ(contents(*c), (std::vector<Variant>{V(u"a"), V(u"b"), V(u"c")}));
+}
+
+TEST(Collection, RemovalClosesUpPositionsAndFreesKeys) {
+  auto c = create<Collection>();
+  c->add(V(u"a"), u"KA");
+  c->add(V(u"b"), Text());
+  c->add(V(u"c"), u"KC");
+  c->add(V(u"d"), u"KD");
+  c->Remove(V(u"ka"));
+  EXPECT_EQ(c->Item(Variant(int32_t{2})), V(u"c"));
+  c->Remove(Variant(int32_t{2}));
+  EXPECT_EQ(contents(*c), (std::vector<Variant>{V(u"b"), V(u"d")}));
+  EXPECT_EQ(error_of([&] { c->Item(V(u"KC")); }), 5) << "the key went with its member";
+  EXPECT_EQ(c->Item(V(u"kd")), V(u"d"));
+  c->add(V(u"a2"), u"ka");  // a freed key can be taken again
+
+  auto snapshot = c->NewEnum();
+  EXPECT_EQ(c->remove_if([](const Variant& v) { return v.text() != u"d"; }), 2u);
+  EXPECT_EQ(c->Item(Variant(int32_t{1})), V(u"d"));
+  EXPECT_EQ(error_of([&] { c->Item(V(u"KA")); }), 5);
+  std::vector<Variant> seen;
+  for (Variant v; snapshot->Next(&v);) seen.push_back(v);
+  EXPECT_EQ(seen, (std::vector<Variant>{V(u"b"), V(u"d"), V(u"a2")}));
+}
+
+}  // namespace
+}  // namespace vexqom
