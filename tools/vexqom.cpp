@@ -1,48 +1,130 @@
 // vexqom: open a stored catalog selection at a terminal and see it.
+//
+// Every subcommand reads FILE, or standard input for "-", as UTF-8 text. On failure the
+// library's composed error message goes to standard error and the status is 1; wrong
+// usage gives status 2.
 #include <cstdio>
 #include <cstring>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <sstream>
 #include <string>
 #include <string_view>
+#include <vector>
 
-#include "vexqom/ICatVehicle.h"
+#include "vexqom/ICatItemCol.h"
 #include "vexqom/error.h"
+#include "vexqom/typelib.h"
+#include "vexqom/xml_text.h"
+#include "tool_demo.h"
+#include "tool_table.h"
 
 namespace {
 
-constexpr const char* kUsage =
-    "usage: vexqom <command> [FILE | -]\n"
-    "\n"
-    "commands:\n"
-    "  demo        build a sample selection in memory and print it\n"
-    "\n"
-    "Run 'vexqom <command> --help' for a command's own help.\n";
+using vexqom::Text;
 
-constexpr const char* kDemoHelp =
-    "usage: vexqom demo\n"
-    "Builds a sample vehicle in memory and prints its fields.\n";
+struct Command {
+  const char* name;
+  const char* synopsis;
+  const char* help;
+  bool takes_file;
+  int (*run)(const Text& input);
+};
 
-void print(const vexqom::Text& text) { std::fputs(vexqom::to_utf8(text).c_str(), stdout); }
 
-int run_demo() {
-  auto vehicle = vexqom::create<vexqom::ICatVehicle>();
-  vehicle->put_Year(u"2004");
-  vehicle->put_Make(u"Chevrolet");
-  vehicle->put_Model(u"Silverado 1500");
-  vehicle->put_Engine(u"5.3L V8");
-  vehicle->put_VIN(u"1GCEK19T44E123456");
-  vehicle->put_Plate(u"7KLM214");
-  vehicle->put_CurrentMileage(u"148210");
-  std::printf("Vehicle\n");
-  std::printf("  %-16s", "Description");
-  print(vehicle->get_Description());
-  std::printf("\n  %-16s", "VIN");
-  print(vehicle->get_VIN());
-  std::printf("\n  %-16s", "Plate");
-  print(vehicle->get_Plate());
-  std::printf("\n  %-16s", "Mileage");
-  print(vehicle->get_CurrentMileage());
-  std::printf("\n");
+std::string read_all(const std::string& path) {
+  if (path == "-") {
+    return std::string(std::istreambuf_iterator<char>(std::cin), {});
+  }
+  std::ifstream in(path, std::ios::binary);
+  if (!in) throw vexqom::Error(vexqom::errc::kFileNotFound, vexqom::from_utf8("File not found: " + path));
+  std::ostringstream s;
+  s << in.rdbuf();
+  return s.str();
+}
+
+void write_text(const Text& text) {
+  std::string bytes = vexqom::to_utf8(text);
+  std::fwrite(bytes.data(), 1, bytes.size(), stdout);
+}
+
+int run_show(const Text& input) {
+  auto selection = vexqom::create<vexqom::ICatItemCol>();
+  selection->put_XML(input);
+  std::fputs(vexqom::tool::selection_report(*selection).c_str(), stdout);
   return 0;
+}
+
+int run_summary(const Text& input) {
+  auto selection = vexqom::create<vexqom::ICatItemCol>();
+  selection->put_XML(input);
+  std::fputs(vexqom::tool::summary_report(*selection).c_str(), stdout);
+  return 0;
+}
+
+int run_pretty(const Text& input) {
+  write_text(vexqom::prettify_xml(input));
+  return 0;
+}
+
+int run_compress(const Text& input) {
+  write_text(vexqom::compress_xml(input));
+  return 0;
+}
+
+int run_validate(const Text& input) {
+  vexqom::validate_xml(input);
+  return 0;
+}
+
+int run_demo(const Text&) {
+  auto selection = vexqom::tool::demo_selection();
+  std::fputs(vexqom::tool::selection_report(*selection).c_str(), stdout);
+  std::fputs("\nXML:\n", stdout);
+  write_text(selection->get_XML());
+  std::fputs("\n", stdout);
+  return 0;
+}
+
+int run_typelib(const Text&) {
+  std::fputs(vexqom::type_library_json().c_str(), stdout);
+  return 0;
+}
+
+const Command kCommands[] = {
+    {"show", "show FILE", "Loads the item document and prints the vehicle, one row per item\n"
+     "(kind, vendor number, description, status, quantity to order, jobber cost)\n"
+     "and the totals.\n", true, run_show},
+    {"summary", "summary FILE", "Prints the distinct item descriptions with their item groups.\n",
+     true, run_summary},
+    {"pretty", "pretty FILE", "Writes the text re-indented, one element per line.\n", true,
+     run_pretty},
+    {"compress", "compress FILE",
+     "Writes the text with surrounding blanks and empty elements removed.\n", true, run_compress},
+    {"validate", "validate FILE",
+     "Parses the text; prints nothing when it is well-formed, the parser's reason\n"
+     "and location when it is not.\n", true, run_validate},
+    {"demo", "demo", "Builds a sample selection in memory and prints it and its XML.\n", false,
+     run_demo},
+    {"typelib", "typelib",
+     "Prints the type library as JSON: classes, creation names, identifiers,\n"
+     "interfaces with their members in slot order, the event interface and the\n"
+     "enumeration.\n", false, run_typelib},
+};
+
+std::string usage() {
+  std::string text = "usage: vexqom <command> [FILE | -]\n\ncommands:\n";
+  for (const Command& c : kCommands) {
+    text += "  vexqom " + std::string(c.synopsis) + "\n";
+  }
+  text += "\nFILE is read as UTF-8 text; \"-\" reads standard input.\n"
+          "Run 'vexqom <command> --help' for a command's own help.\n";
+  return text;
+}
+
+std::string command_help(const Command& c) {
+  return "usage: vexqom " + std::string(c.synopsis) + "\n\n" + c.help;
 }
 
 bool is_help(std::string_view arg) { return arg == "--help" || arg == "-h"; }
@@ -51,30 +133,44 @@ bool is_help(std::string_view arg) { return arg == "--help" || arg == "-h"; }
 
 int main(int argc, char** argv) {
   if (argc < 2) {
-    std::fputs(kUsage, stderr);
+    std::fputs(usage().c_str(), stderr);
     return 2;
   }
-  std::string_view command = argv[1];
-  if (is_help(command)) {
-    std::fputs(kUsage, stdout);
+  std::string_view name = argv[1];
+  if (is_help(name)) {
+    std::fputs(usage().c_str(), stdout);
     return 0;
   }
-  try {
-    if (command == "demo") {
-      if (argc > 2 && is_help(argv[2])) {
-        std::fputs(kDemoHelp, stdout);
-        return 0;
-      }
-      if (argc > 2) {
-        std::fputs(kDemoHelp, stderr);
-        return 2;
-      }
-      return run_demo();
+  const Command* command = nullptr;
+  for (const Command& c : kCommands) {
+    if (name == c.name) command = &c;
+  }
+  if (command == nullptr) {
+    std::fprintf(stderr, "vexqom: unknown command '%s'\n\n%s", argv[1], usage().c_str());
+    return 2;
+  }
+  for (int i = 2; i < argc; ++i) {
+    if (is_help(argv[i])) {
+      std::fputs(command_help(*command).c_str(), stdout);
+      return 0;
     }
+  }
+  const int wanted = command->takes_file ? 3 : 2;
+  if (argc != wanted) {
+    std::fprintf(stderr, "%s", command_help(*command).c_str());
+    return 2;
+  }
+  try {
+    Text input = command->takes_file ? vexqom::from_utf8(read_all(argv[2])) : Text();
+    int status = command->run(input);
+    std::fflush(stdout);
+    return status;
   } catch (const vexqom::Error& e) {
+    std::fflush(stdout);
     std::fprintf(stderr, "%s\n", vexqom::to_utf8(e.description()).c_str());
     return 1;
+  } catch (const std::exception& e) {
+    std::fprintf(stderr, "%s\n", e.what());
+    return 1;
   }
-  std::fprintf(stderr, "vexqom: unknown command '%s'\n\n%s", argv[1], kUsage);
-  return 2;
 }

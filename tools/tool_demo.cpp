@@ -20,7 +20,7 @@ Ref<ICatItem> part(const char16_t* line_code, const char16_t* number,
                    const char16_t* description, const char16_t* status, int16_t group) {
   auto item = create<ICatItem>();
   item->put_ItemType(vexCatalogItemType::vcit_Part);
-  item->put_ManufacturerName(line_code == Text(u"ACD") ? u"ACDelco" : u"Wagner Brake");
+  item->put_ManufacturerName(line_code == Text(u"NLN") ? u"Northline" : u"Stopwell");
   item->put_LineCode(line_code);
   item->put_ItemNumber(number);
   item->put_Description(description);
@@ -43,17 +43,17 @@ Ref<ICatItemCol> demo_selection() {
   vehicle->put_Plate(u"7KLM214");
   vehicle->put_CurrentMileage(u"148210");
 
-  auto plugs = part(u"ACD", u"41-962", u"Spark Plug", u"ORDER", 30);
+  auto plugs = part(u"NLN", u"41-962", u"Spark Plug", u"ORDER", 30);
   plugs->put_QuantityPerCar(Currency::from_whole(8));
   add_price(*plugs, u"JOBBER", 2.49, 4.15, Variant(int32_t{8}), u"4410");
   add_price(*plugs, u"MSRP", 0, 5.29, Variant(Text()));
   add_price(*plugs, u"LOCAL", 2.49, 4.15, Variant(Text(u"2")));
 
-  auto filter = part(u"ACD", u"PF48", u"Oil Filter", u"BACK ORDER", 20);
+  auto filter = part(u"NLN", u"PF48", u"Oil Filter", u"BACK ORDER", 20);
   add_price(*filter, u"JOBBER", 0, 0, Variant(int32_t{1}));
   add_price(*filter, u"MSRP", 6.75, 11.49, Variant(Text()));
 
-  auto pads = part(u"WAG", u"ZD785", u"Brake Pad Set", u"HOLD", 10);
+  auto pads = part(u"STW", u"ZD785", u"Brake Pad Set", u"HOLD", 10);
   pads->put_ComponentSide(u"FRONT");
   add_price(*pads, u"JOBBER", 38.2, 64.99, Variant(int32_t{1}), u"4410");
   add_price(*pads, u"INVOICE", 38.2, 64.99, Variant(int32_t{1}));

@@ -74,7 +74,8 @@ struct Table {
 std::string vehicle_lines(ICatItemCol& selection) {
   Ref<ICatVehicle> vehicle = selection.get_Vehicle();
   if (!vehicle) return "Vehicle: (none)\n";
-  std::string out = "Vehicle: " + to_utf8(trim_blanks(vehicle->get_Description())) + "\n";
+  std::string name = to_utf8(trim_blanks(vehicle->get_Description()));
+  std::string out = "Vehicle: " + (name.empty() ? std::string("(none)") : name) + "\n";
   std::string details;
   auto detail = [&](const char* label, const Text& value) {
     if (value.empty()) return;
