@@ -9,7 +9,8 @@ ctypes. Objects are created by creation name and used through dispatch:
     print(vehicle.Description)
 
 The shared library is found through the environment variable VEXQOM_LIBRARY (a path),
-else next to this package, else in the project's build folder.
+else next to this package, else in the project's build folder, else where the
+installation put it.
 """
 
 import ctypes
@@ -80,6 +81,11 @@ def _candidate_paths():
     here = pathlib.Path(__file__).resolve().parent
     yield here / _LIBRARY_FILE
     yield here.parent.parent / "build" / _LIBRARY_FILE
+    try:  # written by the installation: where the installed library went
+        from ._installed import LIBRARY
+        yield pathlib.Path(LIBRARY)
+    except ImportError:
+        pass
 
 
 def _load_library():
@@ -87,11 +93,11 @@ def _load_library():
     for path in _candidate_paths():
         tried.append(str(path))
         if path.is_file():
-            return ctypes.CDLL(str(path))
+            return str(path), ctypes.CDLL(str(path))
     raise OSError("cannot find %s; tried: %s" % (_LIBRARY_FILE, ", ".join(tried)))
 
 
-_lib = _load_library()
+_library_path, _lib = _load_library()
 _libc = ctypes.CDLL(None)
 _libc.malloc.restype = ctypes.c_void_p
 _libc.malloc.argtypes = [ctypes.c_size_t]
