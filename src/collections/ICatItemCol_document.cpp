@@ -1,6 +1,7 @@
 // The item document: the whole selection as one "Items" element.
 #include "collections/collection_xml.h"
 #include "frame/diagnostics.h"
+#include "frame/document_observer.h"
 #include "frame/procedure.h"
 #include "vexqom/ICatItemCol.h"
 #include "xml/clsXML.h"
@@ -14,7 +15,7 @@ Text ICatItemCol::get_XML() {
     const auto& state = diag::thread_state();
     const CollectionForm form{u"Items", state.XMLCompress, state.XMLZeroSuppress, &XDocVersion_,
                               true, &Vehicle_};
-    return write_collection_xml(
+    return observed_document("item-document", write_collection_xml(
         form, members,
         [](const Variant& member) {
           ICatItem* item =
@@ -22,7 +23,7 @@ Text ICatItemCol::get_XML() {
           if (item == nullptr) throw Error(errc::kObjectNotSet);
           return item->get_XML();
         },
-        line);
+        line));
   });
 }
 

@@ -2,6 +2,7 @@
 
 #include "frame/class_info.h"
 #include "frame/diagnostics.h"
+#include "frame/document_observer.h"
 #include "frame/procedure.h"
 #include "xml/clsXML.h"
 
@@ -50,7 +51,7 @@ Text ICatPreset::get_XML() {
     line = 7;
     engine->EndGroup();
     line = 8;
-    return engine->get_XML();
+    return observed_document("preset", engine->get_XML());
   });
 }
 

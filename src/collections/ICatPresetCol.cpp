@@ -2,6 +2,7 @@
 
 #include "collections/collection_xml.h"
 #include "frame/class_info.h"
+#include "frame/document_observer.h"
 #include "frame/procedure.h"
 #include "xml/clsXML.h"
 
@@ -59,7 +60,8 @@ Text ICatPresetCol::get_XML() {
     form.zero_suppress = true;
     form.with_vehicle = true;
     form.vehicle = &Vehicle_;
-    return write_collection_xml(form, *members_, preset_xml, line);
+    return observed_document("preset-collection",
+                             write_collection_xml(form, *members_, preset_xml, line));
   });
 }
 

@@ -3,6 +3,7 @@
 #include "collections/collection_xml.h"
 #include "frame/class_info.h"
 #include "frame/diagnostics.h"
+#include "frame/document_observer.h"
 #include "frame/procedure.h"
 #include "xml/clsXML.h"
 
@@ -68,7 +69,8 @@ Text ICatPriceCol::get_XML() {
     form.root = u"Prices";
     form.compress = switches.XMLCompress;
     form.zero_suppress = switches.XMLZeroSuppress;
-    return write_collection_xml(form, members, price_xml, line);
+    return observed_document("price-collection",
+                             write_collection_xml(form, members, price_xml, line));
   });
 }
 

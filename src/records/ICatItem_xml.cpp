@@ -3,6 +3,7 @@
 // element names never clash with those of the price form, because the reader finds each
 // name by searching the whole text, price block included.
 #include "frame/diagnostics.h"
+#include "frame/document_observer.h"
 #include "frame/procedure.h"
 #include "vexqom/ICatItem.h"
 #include "xml/clsXML.h"
@@ -78,7 +79,7 @@ Text ICatItem::get_XML() {
     line = 9;
     engine->EndGroup();
     line = 10;
-    return engine->get_XML();
+    return observed_document("item", engine->get_XML());
   });
 }
 

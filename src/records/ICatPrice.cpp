@@ -2,6 +2,7 @@
 
 #include "frame/class_info.h"
 #include "frame/diagnostics.h"
+#include "frame/document_observer.h"
 #include "frame/procedure.h"
 #include "xml/clsXML.h"
 
@@ -144,7 +145,7 @@ Text ICatPrice::get_XML() {
     line = 8;
     engine->EndGroup();
     line = 9;
-    return engine->get_XML();
+    return observed_document("price", engine->get_XML());
   });
 }
 

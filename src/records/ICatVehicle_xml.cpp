@@ -1,5 +1,6 @@
 // The vehicle's XML form: one "Vehicle" element, written with "CurrentMileage" and read
 // back from "Mileage".
+#include "frame/document_observer.h"
 #include "frame/procedure.h"
 #include "vexqom/ICatVehicle.h"
 #include "xml/clsXML.h"
@@ -29,7 +30,7 @@ Text ICatVehicle::get_XML() {
     line = 5;
     engine->EndGroup();
     line = 6;
-    return engine->get_XML();
+    return observed_document("vehicle", engine->get_XML());
   });
 }
 

@@ -189,7 +189,8 @@ TEST_F(DomDocumentTest, EntityExpansionBombFailsFastWithLittleMemory) {
   const auto elapsed = std::chrono::steady_clock::now() - start;
   rusage after{};
   ::getrusage(RUSAGE_SELF, &after);
-  EXPECT_LT(elapsed, std::chrono::seconds(2));
+  // A bound against expansion, not a speed measure: a real expansion runs for minutes.
+  EXPECT_LT(elapsed, std::chrono::seconds(30));
   EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 64 * 1024);  // KiB
 }
 
