@@ -8,9 +8,9 @@ ctypes. Objects are created by creation name and used through dispatch:
     vehicle.Year = "2001"
     print(vehicle.Description)
 
-The shared library is found through the environment variable VEXQOM_LIBRARY (a path),
-else next to this package, else in the project's build folder, else where the
-installation put it.
+The shared library is found through the environment variable VEXQOM_LIBRARY (a path to
+the library, or to the folder holding it), else next to this package (inside its folder,
+then beside it), else in the project's build folder, else where the installation put it.
 """
 
 import ctypes
@@ -28,6 +28,13 @@ VQ_METHOD, VQ_GET, VQ_LET, VQ_SET = 1, 2, 4, 8
 _DISPID_VALUE = 0
 _DISPID_NEWENUM = -4
 _MEMBER_NOT_FOUND = -2147352573
+_OVERFLOW = 6
+_TYPE_MISMATCH = 13
+_SOURCE = "vexqom_PLUMEK2"
+# Currency: value x 10,000 in a signed 64-bit integer.
+_CURRENCY_MIN, _CURRENCY_MAX = -(2 ** 63), 2 ** 63 - 1
+# Enough digits for any Currency amount, whatever the caller's decimal context.
+_DECIMAL_CONTEXT = decimal.Context(prec=40, rounding=decimal.ROUND_HALF_EVEN)
 
 
 class _NullType:
@@ -60,6 +67,22 @@ class Error(Exception):
         self.description = description
 
 
+class _MemberNotFound(Error, AttributeError):
+    """No member of that name: a library error that is also an AttributeError."""
+
+    def __init__(self, name):
+        Error.__init__(self, _MEMBER_NOT_FOUND, _SOURCE, "Member not found")
+        self.name = name
+
+
+class _UnmappedValue(Error, TypeError):
+    """A Python value with no library counterpart (error 13, also a TypeError)."""
+
+    def __init__(self, value):
+        Error.__init__(self, _TYPE_MISMATCH, _SOURCE, "Type mismatch")
+        self.value = value
+
+
 class _Value(ctypes.Structure):
     _fields_ = [
         ("kind", ctypes.c_int32),
@@ -77,9 +100,11 @@ _EventFn = ctypes.CFUNCTYPE(None, ctypes.c_void_p, ctypes.c_void_p, ctypes.c_int
 def _candidate_paths():
     explicit = os.environ.get("VEXQOM_LIBRARY")
     if explicit:
-        yield pathlib.Path(explicit)
+        path = pathlib.Path(explicit)
+        yield path / _LIBRARY_FILE if path.is_dir() else path
     here = pathlib.Path(__file__).resolve().parent
     yield here / _LIBRARY_FILE
+    yield here.parent / _LIBRARY_FILE
     yield here.parent.parent / "build" / _LIBRARY_FILE
     try:  # written by the installation: where the installed library went
         from ._installed import LIBRARY
@@ -155,8 +180,13 @@ def _to_value(py, out):
     elif isinstance(py, float):
         out.kind, out.d = VQ_DOUBLE, py
     elif isinstance(py, decimal.Decimal):
-        raw = (py * 10000).to_integral_value(rounding=decimal.ROUND_HALF_EVEN)
-        out.kind, out.i = VQ_CURRENCY, int(raw)
+        if not py.is_finite():
+            raise Error(_OVERFLOW, _SOURCE, "Overflow")
+        raw = int(_DECIMAL_CONTEXT.multiply(py, 10000).to_integral_value(
+            rounding=decimal.ROUND_HALF_EVEN, context=_DECIMAL_CONTEXT))
+        if not _CURRENCY_MIN <= raw <= _CURRENCY_MAX:
+            raise Error(_OVERFLOW, _SOURCE, "Overflow")
+        out.kind, out.i = VQ_CURRENCY, raw
     elif isinstance(py, str):
         data = py.encode("utf-8", "surrogatepass")
         buf = _libc.malloc(len(data) + 1)
@@ -170,7 +200,7 @@ def _to_value(py, out):
         if py._handle:
             _lib.vq_addref(py._handle)
     else:
-        raise TypeError("no library value for %r" % (py,))
+        raise _UnmappedValue(py)
 
 
 def _from_value(value):
@@ -185,7 +215,7 @@ def _from_value(value):
     if kind == VQ_DOUBLE:
         return float(value.d)
     if kind == VQ_CURRENCY:
-        return decimal.Decimal(value.i) / decimal.Decimal(10000)
+        return _DECIMAL_CONTEXT.divide(decimal.Decimal(value.i), 10000)
     if kind == VQ_BOOLEAN:
         return value.i != 0
     if kind == VQ_TEXT:
@@ -195,7 +225,7 @@ def _from_value(value):
             return None
         _lib.vq_addref(value.obj)
         return Dispatch._wrap(value.obj)
-    raise Error(13, "vexqom_PLUMEK2", "Type mismatch")
+    raise Error(_TYPE_MISMATCH, _SOURCE, "Type mismatch")
 
 
 def _invoke(handle, dispid, flags, args):
@@ -231,6 +261,9 @@ class Dispatch:
     __slots__ = ("_handle", "_sinks", "__weakref__")
 
     def __init__(self, creation_name):
+        # Set before anything can fail, so that a refused creation is cleaned up quietly.
+        object.__setattr__(self, "_handle", None)
+        object.__setattr__(self, "_sinks", {})
         handle = ctypes.c_void_p()
         _check(_lib.vq_create(creation_name.encode("utf-8"), ctypes.byref(handle)))
         object.__setattr__(self, "_handle", handle.value)
@@ -272,7 +305,7 @@ class Dispatch:
         return accessors.value, params.value
 
     def __getattr__(self, name):
-        if name.startswith("__"):
+        if name.startswith("__") or name in Dispatch.__slots__:
             raise AttributeError(name)
         dispid = self._dispid(name)
         if dispid is None:
@@ -280,7 +313,7 @@ class Dispatch:
                 target = self._dispid(name[3:])
                 if target is not None:
                     return self._setter(target)
-            raise AttributeError(name)
+            raise _MemberNotFound(name)
         accessors, params = self._info(dispid)
         if accessors & VQ_GET and params == 0:
             return _invoke(self._handle, dispid, VQ_GET, ())
@@ -301,7 +334,7 @@ class Dispatch:
     def __setattr__(self, name, value):
         dispid = self._dispid(name)
         if dispid is None:
-            raise AttributeError(name)
+            raise _MemberNotFound(name)
         accessors, _ = self._info(dispid)
         wants_set = isinstance(value, Dispatch) or (value is None and not accessors & VQ_LET)
         _invoke(self._handle, dispid, VQ_SET if wants_set and accessors & VQ_SET else VQ_LET,

@@ -75,7 +75,11 @@ int32_t vq_create(const char* creation_name, vq_object** out) {
     if (out == nullptr) throw Error(errc::kInvalidArgument);
     *out = nullptr;
     if (creation_name == nullptr) throw Error(errc::kClassNotRegistered);
-    *out = to_handle(create_object(creation_name).detach());
+    // The registry knows each class by its identifier as well ("{6B1E2A45-...}").
+    Guid clsid;
+    *out = to_handle((Guid::parse(creation_name, &clsid) ? create_object(clsid)
+                                                         : create_object(creation_name))
+                         .detach());
   });
 }
 

@@ -1,5 +1,6 @@
 // In-process server entry points: registration in a registry file, class factories and
 // the unload test.
+#include <pwd.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -40,14 +41,27 @@ class ClassFactory : public Object {
   const ClassInfo& target_;
 };
 
+std::string home_folder() {
+  const char* home = std::getenv("HOME");
+  if (home != nullptr && *home != '\0') return home;
+  struct passwd entry {};
+  struct passwd* found = nullptr;
+  std::vector<char> buffer(16384);
+  if (::getpwuid_r(::geteuid(), &entry, buffer.data(), buffer.size(), &found) == 0 &&
+      found != nullptr && found->pw_dir != nullptr) {
+    return found->pw_dir;
+  }
+  return ".";
+}
+
 std::filesystem::path registry_file() {
+  // A relative XDG_DATA_HOME is invalid by the base-directory rules and ignored.
   const char* data_home = std::getenv("XDG_DATA_HOME");
   std::filesystem::path base;
-  if (data_home != nullptr && *data_home != '\0') {
+  if (data_home != nullptr && *data_home == '/') {
     base = data_home;
   } else {
-    const char* home = std::getenv("HOME");
-    base = std::filesystem::path(home != nullptr ? home : ".") / ".local" / "share";
+    base = std::filesystem::path(home_folder()) / ".local" / "share";
   }
   return base / "vexqom" / "classes";
 }
@@ -73,7 +87,8 @@ void write_registry(bool with_own_classes) {
     if (!is_own_line(line)) kept.push_back(line);
   }
   if (with_own_classes) {
-    const std::string library = diag::library_file();
+    // Readers of the registry load the library from this path, whatever the working folder.
+    const std::string library = std::filesystem::absolute(diag::library_file()).string();
     for (const ClassInfo* info : library_classes()) {
       kept.push_back(std::string(kLibraryName) + "." + info->name + "\t" +
                      info->clsid.to_string() + "\t" + library);
@@ -102,6 +117,10 @@ int32_t entry_point(F&& body) noexcept {
     }
   }
 }
+
+// What a component client asks a class object for.
+constexpr Guid kIidClassFactory{0x00000001, 0x0000, 0x0000,
+                                {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
 
 Guid to_guid(const vq_guid& g) {
   Guid out;
@@ -134,7 +153,8 @@ int32_t DllGetClassObject(const vq_guid* clsid, const vq_guid* iid, vq_object** 
     *out = nullptr;
     if (iid != nullptr) {
       Guid wanted = to_guid(*iid);
-      if (!(wanted == ids::kIidUnknown || wanted == ids::kIidDispatch)) {
+      if (!(wanted == ids::kIidUnknown || wanted == ids::kIidDispatch ||
+            wanted == kIidClassFactory)) {
         throw Error(errc::kNoInterface);
       }
     }
