@@ -32,7 +32,7 @@ class VEXQOM_API Collection : public Object {
   void Add(const Variant& Item, const Variant& Key = Variant());
   // A number is a position, a Text a key.
   Variant Item(const Variant& Index) const;
-  int32_t Count() const { return static_cast<int32_t>(order_.size()); }
+  int32_t Count() const { return static_cast<int32_t>(live_); }
   void Remove(const Variant& Index);
   Ref<Enumerator> NewEnum() const;
 
@@ -40,8 +40,10 @@ class VEXQOM_API Collection : public Object {
   // Appends under key (no key when empty).
   void add(Variant member, const Text& key);
   // The member at 0-based position i.
-  const Variant& at(size_t i) const { return order_[i]->value; }
-  size_t size() const { return order_.size(); }
+  const Variant& at(size_t i) const { return slots_[slot_at(i)]->value; }
+  size_t size() const { return live_; }
+  // The member under key (compared without regard to case), or null; never raises.
+  const Variant* find(const Variant& index) const;
   // Removes every member the predicate selects, in one pass; returns how many went.
   template <class Pred>
   size_t remove_if(Pred&& pred);
@@ -51,30 +53,49 @@ class VEXQOM_API Collection : public Object {
     Variant value;
     Text folded_key;  // empty when the member has no key
     bool has_key = false;
+    size_t slot = 0;  // index in slots_
   };
-  size_t position_of(const Variant& index) const;  // 0-based; errors 5, 9, 13
-  void erase_at(size_t i);
+
+  // Members sit in slots in insertion order. A removal leaves an empty slot instead of
+  // shifting the rest, and a Fenwick tree counting the filled slots turns positions into
+  // slots in O(log n); the empty slots are squeezed out once they make up half
+  // of all slots. So removing members one by one, by key or by position, stays linear
+  // overall instead of quadratic.
+  size_t slot_at(size_t position) const {  // 0-based position
+    return live_ == slots_.size() ? position : slot_at_slow(position);
+  }
+  size_t slot_at_slow(size_t position) const;
+  size_t slot_of(const Variant& index) const;  // errors 5, 9, 13
+  size_t filled_up_to(size_t count) const;     // filled slots among the first count
+  void append(std::unique_ptr<Entry> entry);
+  void drop_last();  // undoes append() when indexing the key fails
+  void erase_slot(size_t slot);
+  void compact();
   void forget_key(const Entry& e);
 
-  std::vector<std::unique_ptr<Entry>> order_;
+  std::vector<std::unique_ptr<Entry>> slots_;  // null: a removed member's slot
+  std::vector<uint32_t> filled_tree_;          // Fenwick tree over slots_, 1-based
+  size_t live_ = 0;
   std::unordered_map<Text, Entry*> by_key_;
 };
 
 template <class Pred>
 size_t Collection::remove_if(Pred&& pred) {
-  size_t kept = 0;
-  const size_t before = order_.size();
-  for (size_t i = 0; i < before; ++i) {
-    if (pred(order_[i]->value)) {
-      forget_key(*order_[i]);
-      order_[i].reset();
-    } else {
-      if (kept != i) order_[kept] = std::move(order_[i]);
-      ++kept;
+  const size_t before = live_;
+  try {
+    for (auto& entry : slots_) {
+      if (entry && pred(entry->value)) {
+        forget_key(*entry);
+        entry.reset();
+        --live_;
+      }
     }
+  } catch (...) {
+    compact();  // the members removed so far stay removed
+    throw;
   }
-  order_.resize(kept);
-  return before - kept;
+  compact();
+  return before - live_;
 }
 
 }  // namespace vexqom

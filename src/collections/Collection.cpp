@@ -51,14 +51,7 @@ void Collection::Add(const Variant& Item, const Variant& Key) {
   entry->folded_key = fold_case(Key.text());
   entry->has_key = true;
   if (by_key_.contains(entry->folded_key)) throw Error(errc::kDuplicateKey);
-  Entry* raw = entry.get();
-  order_.push_back(std::move(entry));
-  try {
-    by_key_.emplace(raw->folded_key, raw);
-  } catch (...) {
-    order_.pop_back();  // keep the collection unchanged on failure
-    throw;
-  }
+  append(std::move(entry));
 }
 
 void Collection::add(Variant member, const Text& key) {
@@ -69,38 +62,7 @@ void Collection::add(Variant member, const Text& key) {
     entry->has_key = true;
     if (by_key_.contains(entry->folded_key)) throw Error(errc::kDuplicateKey);
   }
-  Entry* raw = entry.get();
-  order_.push_back(std::move(entry));
-  if (!raw->has_key) return;
-  try {
-    by_key_.emplace(raw->folded_key, raw);
-  } catch (...) {
-    order_.pop_back();
-    throw;
-  }
-}
-
-size_t Collection::position_of(const Variant& index) const {
-  switch (index.type()) {
-    case VarType::kText: {
-      auto it = by_key_.find(fold_case(index.text()));
-      if (it == by_key_.end()) throw Error(errc::kInvalidProcedureCall);
-      // Keys are few and removals rare; finding the entry's position is the one scan.
-      for (size_t i = 0; i < order_.size(); ++i) {
-        if (order_[i].get() == it->second) return i;
-      }
-      throw Error(errc::kInvalidProcedureCall);
-    }
-    case VarType::kInteger: return position_from_number(index.integer(), order_.size());
-    case VarType::kLong: return position_from_number(index.long_value(), order_.size());
-    case VarType::kDouble: return position_from_number(index.dbl(), order_.size());
-    case VarType::kCurrency:
-      return position_from_number(index.currency().to_double(), order_.size());
-    case VarType::kBoolean: return position_from_number(index.boolean() ? -1 : 0, order_.size());
-    case VarType::kEmpty: throw Error(errc::kInvalidProcedureCall);
-    case VarType::kNull: throw Error(errc::kInvalidUseOfNull);
-    default: throw Error(errc::kTypeMismatch);
-  }
+  append(std::move(entry));
 }
 
 Variant Collection::Item(const Variant& Index) const {
@@ -110,28 +72,126 @@ Variant Collection::Item(const Variant& Index) const {
     if (it == by_key_.end()) throw Error(errc::kInvalidProcedureCall);
     return it->second->value;
   }
-  return order_[position_of(Index)]->value;
+  return slots_[slot_of(Index)]->value;
 }
 
-void Collection::Remove(const Variant& Index) { erase_at(position_of(Index)); }
+const Variant* Collection::find(const Variant& index) const {
+  if (!index.is_text()) return nullptr;
+  auto it = by_key_.find(fold_case(index.text()));
+  return it == by_key_.end() ? nullptr : &it->second->value;
+}
+
+void Collection::Remove(const Variant& Index) { erase_slot(slot_of(Index)); }
 
 Ref<Enumerator> Collection::NewEnum() const {
   std::vector<Variant> members;
-  members.reserve(order_.size());
-  for (const auto& e : order_) members.push_back(e->value);
+  members.reserve(live_);
+  for (const auto& e : slots_) {
+    if (e) members.push_back(e->value);
+  }
   return create<Enumerator>(std::move(members));
+}
+
+// ---- slots ----
+
+size_t Collection::slot_of(const Variant& index) const {
+  switch (index.type()) {
+    case VarType::kText: {
+      auto it = by_key_.find(fold_case(index.text()));
+      if (it == by_key_.end()) throw Error(errc::kInvalidProcedureCall);
+      return it->second->slot;
+    }
+    case VarType::kInteger: return slot_at(position_from_number(index.integer(), live_));
+    case VarType::kLong: return slot_at(position_from_number(index.long_value(), live_));
+    case VarType::kDouble: return slot_at(position_from_number(index.dbl(), live_));
+    case VarType::kCurrency:
+      return slot_at(position_from_number(index.currency().to_double(), live_));
+    case VarType::kBoolean: return slot_at(position_from_number(index.boolean() ? -1 : 0, live_));
+    case VarType::kEmpty: throw Error(errc::kInvalidProcedureCall);
+    case VarType::kNull: throw Error(errc::kInvalidUseOfNull);
+    default: throw Error(errc::kTypeMismatch);
+  }
+}
+
+size_t Collection::filled_up_to(size_t count) const {
+  size_t sum = 0;
+  for (size_t k = count; k > 0; k &= k - 1) sum += filled_tree_[k - 1];
+  return sum;
+}
+
+size_t Collection::slot_at_slow(size_t position) const {
+  // The smallest slot count holding position + 1 filled slots, by binary lifting.
+  size_t k = 0;
+  size_t left = position + 1;
+  size_t step = 1;
+  while (step * 2 <= slots_.size()) step *= 2;
+  for (; step > 0; step /= 2) {
+    if (k + step <= slots_.size() && filled_tree_[k + step - 1] < left) {
+      k += step;
+      left -= filled_tree_[k - 1];
+    }
+  }
+  return k;  // the slot after the k slots that hold fewer than position + 1 members
+}
+
+void Collection::append(std::unique_ptr<Entry> entry) {
+  const size_t k = slots_.size() + 1;  // the new slot's 1-based index
+  const size_t low = k & (~k + 1);
+  // The node covers slots k-low+1 .. k: all filled unless a removal left holes there.
+  const size_t covered =
+      live_ == slots_.size() ? low : 1 + filled_up_to(k - 1) - filled_up_to(k - low);
+  entry->slot = slots_.size();
+  Entry* raw = entry.get();
+  filled_tree_.push_back(static_cast<uint32_t>(covered));
+  try {
+    slots_.push_back(std::move(entry));
+  } catch (...) {
+    filled_tree_.pop_back();
+    throw;
+  }
+  ++live_;
+  if (!raw->has_key) return;
+  try {
+    by_key_.emplace(raw->folded_key, raw);
+  } catch (...) {
+    drop_last();  // keep the collection unchanged on failure
+    throw;
+  }
+}
+
+void Collection::drop_last() {
+  // No earlier node of the tree covers the last slot, so dropping it is exact.
+  slots_.pop_back();
+  filled_tree_.pop_back();
+  --live_;
+}
+
+void Collection::erase_slot(size_t slot) {
+  // The member is released only after the collection is consistent again, since its
+  // destructor may run arbitrary code.
+  std::unique_ptr<Entry> gone = std::move(slots_[slot]);
+  forget_key(*gone);
+  --live_;
+  for (size_t k = slot + 1; k <= filled_tree_.size(); k += k & (~k + 1)) --filled_tree_[k - 1];
+  if (slots_.size() >= 64 && live_ * 2 < slots_.size()) compact();
+}
+
+void Collection::compact() {
+  size_t kept = 0;
+  for (size_t i = 0; i < slots_.size(); ++i) {
+    if (!slots_[i]) continue;
+    slots_[i]->slot = kept;
+    if (kept != i) slots_[kept] = std::move(slots_[i]);
+    ++kept;
+  }
+  slots_.resize(kept);
+  filled_tree_.resize(kept);
+  for (size_t k = 1; k <= kept; ++k) filled_tree_[k - 1] = static_cast<uint32_t>(k & (~k + 1));
+  live_ = kept;
 }
 
 void Collection::forget_key(const Entry& e) {
   if (e.has_key) by_key_.erase(e.folded_key);
-}
-
-void Collection::erase_at(size_t i) {
-  // The member is released only after the collection is consistent again, since its
-  // destructor may run arbitrary code.
-  std::unique_ptr<Entry> gone = std::move(order_[i]);
-  forget_key(*gone);
-  order_.erase(order_.begin() + static_cast<std::ptrdiff_t>(i));
 }
 
 }  // namespace vexqom

@@ -110,11 +110,18 @@ Ref<ICatPrice> ICatPriceCol::Add(const Ref<ICatPrice>& xoPrice, const Text& sKey
 }
 
 Ref<ICatPrice> ICatPriceCol::get_Item(const Variant& vntIndexKey) {
-  try {
-    Variant found = require_members().Item(vntIndexKey);
-    return found.is_object() ? ref_cast<ICatPrice>(found.object()) : Ref<ICatPrice>();
-  } catch (...) {
-    // A miss is not a failure: the price comes into being below.
+  // A miss is not a failure: the price comes into being below. Positions are looked up
+  // as the collection's Item does; only a key miss is common enough to avoid raising.
+  const Collection& members = require_members();
+  if (const Variant* found = members.find(vntIndexKey)) {
+    return found->is_object() ? ref_cast<ICatPrice>(found->object()) : Ref<ICatPrice>();
+  }
+  if (!vntIndexKey.is_text()) {
+    try {
+      Variant found = members.Item(vntIndexKey);
+      return found.is_object() ? ref_cast<ICatPrice>(found.object()) : Ref<ICatPrice>();
+    } catch (...) {
+    }
   }
   // From here on errors reach the caller directly and unlogged.
   auto price = create<ICatPrice>();

@@ -12,6 +12,10 @@
 #include <new>
 #include <string_view>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace vexqom {
 
 namespace {
@@ -94,6 +98,40 @@ struct CodePage {
     for (int b = 255; b >= 0; --b) encode[decode[b]] = static_cast<unsigned char>(b);
   }
 };
+
+// The length of the ASCII run at the start of src (at most n), copied narrowed to dst.
+std::size_t narrow_ascii_run(const char16_t* src, std::size_t n, char* dst) {
+  std::size_t i = 0;
+#if defined(__SSE2__)
+  const __m128i high = _mm_set1_epi16(static_cast<short>(0xFF80));
+  for (; i + 8 <= n; i += 8) {
+    const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + i));
+    if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(units, high), _mm_setzero_si128())) !=
+        0xFFFF) {
+      break;
+    }
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(dst + i), _mm_packus_epi16(units, units));
+  }
+#endif
+  for (; i < n && src[i] < 0x80; ++i) dst[i] = static_cast<char>(src[i]);
+  return i;
+}
+
+// The length of the ASCII run at the start of src (at most n), copied widened to dst.
+std::size_t widen_ascii_run(const char* src, std::size_t n, char16_t* dst) {
+  std::size_t i = 0;
+#if defined(__SSE2__)
+  for (; i + 16 <= n; i += 16) {
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + i));
+    if (_mm_movemask_epi8(bytes) != 0) break;  // a byte with its high bit set
+    const __m128i zero = _mm_setzero_si128();
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + i), _mm_unpacklo_epi8(bytes, zero));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + i + 8), _mm_unpackhi_epi8(bytes, zero));
+  }
+#endif
+  for (; i < n && static_cast<unsigned char>(src[i]) < 0x80; ++i) dst[i] = src[i];
+  return i;
+}
 
 const CodePage& code_page() {
   static const CodePage table;
@@ -242,14 +280,18 @@ void append_code_page(std::string& out, TextView text) {
   out.resize(start + text.size());
   char* dst = out.data() + start;
   const unsigned char* encode = nullptr;
-  for (std::size_t i = 0; i < text.size(); ++i) {
+  std::size_t i = 0;
+  while (i < text.size()) {
+    // Runs of ASCII, the common case, go eight units at a time.
+    i += narrow_ascii_run(text.data() + i, text.size() - i, dst + i);
+    if (i == text.size()) break;
     const char16_t c = text[i];
     if (c < 0x80) {
-      dst[i] = static_cast<char>(c);
+      dst[i++] = static_cast<char>(c);
       continue;
     }
     if (!encode) encode = code_page().encode.get();
-    dst[i] = static_cast<char>(encode[c]);
+    dst[i++] = static_cast<char>(encode[c]);
   }
 }
 
@@ -260,16 +302,17 @@ std::string to_code_page(TextView text) {
 }
 
 Text from_code_page(std::string_view bytes) {
-  Text out(bytes.size(), u'\0');
+  Text out;
+  out.resize(bytes.size());
+  char16_t* dst = out.data();
   const char16_t* decode = nullptr;
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
+  std::size_t i = 0;
+  while (i < bytes.size()) {
+    i += widen_ascii_run(bytes.data() + i, bytes.size() - i, dst + i);
+    if (i == bytes.size()) break;
     const auto b = static_cast<unsigned char>(bytes[i]);
-    if (b < 0x80) {
-      out[i] = b;
-      continue;
-    }
     if (!decode) decode = code_page().decode.data();
-    out[i] = decode[b];
+    dst[i++] = decode[b];
   }
   return out;
 }

@@ -4,11 +4,13 @@
 // search runs on buffer().bytes() in place.
 #include "xml/clsXML.h"
 
+#include <cstring>
 #include <limits>
 
 #include "frame/class_info.h"
 #include "frame/procedure.h"
 #include "frame/text_procedures.h"
+#include "xml/byte_search.h"
 #include "vexqom/variant.h"
 
 namespace vexqom {
@@ -211,6 +213,27 @@ std::vector<Text>& clsXML::group_stack() {
 
 std::string clsXML::code_page_bytes(const Text& text) { return to_code_page(text); }
 
+void clsXML::TagPatterns::set(TextView tag) {
+  name.clear();
+  append_code_page(name, tag);
+  const size_t n = name.size();
+  start.resize(n + 2);
+  end.resize(n + 3);
+  start[0] = '<';
+  std::memcpy(start.data() + 1, name.data(), n);
+  start[n + 1] = '>';
+  end[0] = '<';
+  end[1] = '/';
+  std::memcpy(end.data() + 2, name.data(), n);
+  end[n + 2] = '>';
+}
+
+Text clsXML::unescaped_value(std::string_view bytes) {
+  Text value = from_code_page(bytes);
+  if (bytes.find('&') == std::string_view::npos) return value;
+  return UnescapeText(value);
+}
+
 Text clsXML::LineBreak() const { return formatted_ ? Text(u"\r\n") : Text(); }
 
 // A level below 1 (a Level set low, groups closed beyond it) gives a negative count:
@@ -253,7 +276,7 @@ void clsXML::forget_search_memories() {
 size_t clsXML::skip_end_tags(std::string_view text, std::string_view end_tag, int16_t element) {
   size_t pos = 0;
   for (int32_t i = 1; i < element; ++i) {
-    const size_t found = text.find(end_tag, pos);
+    const size_t found = find_bytes(text, end_tag, pos);
     if (found == std::string_view::npos) return 0;  // too few: start over at the top
     pos = found + end_tag.size();
   }
@@ -432,50 +455,50 @@ Text clsXML::UnescapeText(const Text& text) {
 // ---------------------------------------------------------------------------
 // Readers
 
-Text clsXML::get_Value(const Text& xsTagName, int16_t xiElement) {
+Text clsXML::get_Value(TextView xsTagName, int16_t xiElement) {
   return run_procedure(errors_, u"clsXML | Get Value", Trace::Yes, [&](int& line) -> Text {
     line = 1;
     const std::string_view text = buffer().bytes();
     if (text.empty() || xsTagName.empty()) return Text();
     line = 2;
-    const std::string name = code_page_bytes(xsTagName);
-    const std::string start = "<" + name + ">";
-    const std::string end = "</" + name + ">";
+    TagPatterns& tag = value_patterns_;
+    tag.set(xsTagName);
     line = 3;
     size_t from = 0;
-    if (value_memory_.tag == name && value_memory_.element == int32_t{xiElement} - 1 &&
+    if (value_memory_.tag == tag.name && value_memory_.element == int32_t{xiElement} - 1 &&
         value_memory_.position > 0) {
       from = static_cast<size_t>(value_memory_.position) - 1;
     } else {
       line = 4;
-      from = skip_end_tags(text, end, xiElement);
+      from = skip_end_tags(text, tag.end, xiElement);
     }
     line = 5;
     value_memory_.position = 0;
     line = 6;
-    const size_t s = text.find(start, from);
+    const size_t s = find_bytes(text, tag.start, from);
     if (s == std::string_view::npos) return Text();
-    const size_t value_begin = s + start.size();
+    const size_t value_begin = s + tag.start.size();
     line = 7;
-    const size_t e = text.find(end, value_begin);
+    const size_t e = find_bytes(text, tag.end, value_begin);
     if (e == std::string_view::npos) return Text();
     line = 8;
-    value_memory_.position = static_cast<int32_t>(e + end.size() + 1);
+    value_memory_.position = static_cast<int32_t>(e + tag.end.size() + 1);
     value_memory_.element = xiElement;
-    value_memory_.tag = name;
+    value_memory_.tag = tag.name;
     line = 9;
-    return UnescapeText(
-        from_code_page(trim_byte_blanks(text.substr(value_begin, e - value_begin))));
+    return unescaped_value(trim_byte_blanks(text.substr(value_begin, e - value_begin)));
   });
 }
 
-Text clsXML::get_Block(const Text& xsTagName, int16_t xiElement) {
+Text clsXML::get_Block(TextView xsTagName, int16_t xiElement) {
   return run_procedure(errors_, u"clsXML | Get Block", Trace::No, [&](int& line) -> Text {
     line = 1;
     const std::string_view text = buffer().bytes();
     if (text.empty() || xsTagName.empty()) return Text();
     line = 2;
-    const std::string name = code_page_bytes(xsTagName);
+    TagPatterns& tag = block_patterns_;
+    tag.set(xsTagName);
+    const std::string& name = tag.name;
     std::string start;
     std::string end;
     size_t from = 0;
@@ -489,29 +512,29 @@ Text clsXML::get_Block(const Text& xsTagName, int16_t xiElement) {
       from = static_cast<size_t>(block_memory_.position) - 1;
     } else {
       line = 4;
-      start = "<" + name + ">";
-      end = "</" + name + ">";
+      start = tag.start;
+      end = tag.end;
       from = skip_end_tags(text, end, xiElement);
     }
     line = 5;
     block_memory_.position = 0;
-    size_t s = text.find(start, from);
+    size_t s = find_bytes(text, start, from);
     line = 6;
     if (s == std::string_view::npos) {
       if (remembered) return Text();
       line = 7;
       start = "<" + name + " ";  // a start tag with attributes
-      s = text.find(start, from);
+      s = find_bytes(text, start, from);
       if (s == std::string_view::npos) return Text();
     }
     line = 8;
-    size_t e = text.find(end, s);
+    size_t e = find_bytes(text, end, s);
     line = 9;
     if (e == std::string_view::npos) {
       if (remembered) return Text();
       line = 10;
       end = "/>";  // an empty-element tag
-      e = text.find(end, s);
+      e = find_bytes(text, end, s);
       if (e == std::string_view::npos) return Text();
     }
     line = 11;

@@ -62,9 +62,9 @@ class clsXML : public Object {
   static Text UnescapeText(const Text& text);
 
   // ---- Readers and editors ----
-  Text get_Value(const Text& xsTagName, int16_t xiElement = 0);
+  Text get_Value(TextView xsTagName, int16_t xiElement = 0);
   void put_Value(const Text& xsTagName, int16_t xiElement, const Text& xsValue);
-  Text get_Block(const Text& xsTagName, int16_t xiElement = 0);
+  Text get_Block(TextView xsTagName, int16_t xiElement = 0);
   void put_Block(const Text& xsTagName, int16_t xiElement, const Text& xsBlock);
   Text get_Attrib(const Text& xsTag, const Text& xsAttr);
   void put_Attrib(const Text& xsTag, const Text& xsAttr, const Text& xsValue);
@@ -90,6 +90,18 @@ class clsXML : public Object {
     std::string start_pattern;
     std::string end_pattern;
   };
+
+  // The code-page patterns of one tag name, rebuilt in place: a warm reader allocates
+  // nothing for them.
+  struct TagPatterns {
+    std::string name;   // Name
+    std::string start;  // <Name>
+    std::string end;    // </Name>
+    void set(TextView tag);
+  };
+
+  // A value's bytes as Text, entities replaced (values that are themselves XML stay).
+  static Text unescaped_value(std::string_view bytes);
 
   // Shared by the builder members.
   Text LineBreak() const;
@@ -133,6 +145,8 @@ class clsXML : public Object {
   char16_t apostrophe_ = u'\'';
   SearchMemory value_memory_;
   SearchMemory block_memory_;
+  TagPatterns value_patterns_;
+  TagPatterns block_patterns_;
   ErrorState errors_;
   std::string scratch_;  // reused by the builder, so a warm Add allocates nothing
 };

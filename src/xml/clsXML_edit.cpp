@@ -4,6 +4,7 @@
 
 #include "frame/procedure.h"
 #include "frame/text_procedures.h"
+#include "xml/byte_search.h"
 #include "xml/clsXML.h"
 
 namespace vexqom {
@@ -21,7 +22,7 @@ struct StartTag {
 
 StartTag locate_start_tag(std::string_view text, std::string_view open) {
   StartTag tag;
-  const size_t begin = text.find(open);
+  const size_t begin = find_bytes(text, open);
   if (begin == npos) return tag;
   size_t end = text.find("/>", begin);
   if (end == npos) end = text.find('>', begin);
@@ -140,9 +141,9 @@ void clsXML::put_Block(const Text& xsTagName, int16_t xiElement, const Text& xsB
     const std::string start = "<" + name + ">";
     const std::string end = "</" + name + ">";
     line = 3;
-    const size_t s = text.find(start, skip_end_tags(text, end, xiElement));
+    const size_t s = find_bytes(text, start, skip_end_tags(text, end, xiElement));
     if (s == npos) return;
-    const size_t e = text.find(end, s);
+    const size_t e = find_bytes(text, end, s);
     if (e == npos) return;
     line = 4;
     replace_span(s, e + end.size(), code_page_bytes(xsBlock));
@@ -161,9 +162,9 @@ void clsXML::put_Value(const Text& xsTagName, int16_t xiElement, const Text& xsV
     const std::string start = "<" + name + ">";
     const std::string end = "</" + name + ">";
     line = 3;
-    const size_t s = text.find(start, skip_end_tags(text, end, xiElement));
+    const size_t s = find_bytes(text, start, skip_end_tags(text, end, xiElement));
     if (s == npos) return;
-    const size_t e = text.find(end, s);
+    const size_t e = find_bytes(text, end, s);
     if (e == npos) return;
     line = 4;
     // Escaped always, whatever validate says.

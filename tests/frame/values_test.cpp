@@ -91,6 +91,26 @@ TEST(ValuesCodePage, EveryByteRoundTripsAndUnmappableBecomesQuestionMark) {
   EXPECT_EQ(out, "x\xE9\x80");
 }
 
+// Long texts go through the bulk ASCII paths; a non-ASCII unit at any offset within or
+// at the edge of a bulk step must still be mapped, and the ASCII around it kept.
+TEST(ValuesCodePage, LongTextsConvertTheSameAtEveryOffset) {
+  for (size_t length : {1u, 7u, 8u, 9u, 15u, 16u, 17u, 33u, 70u}) {
+    for (size_t at = 0; at < length; ++at) {
+      Text text;
+      std::string bytes;
+      for (size_t i = 0; i < length; ++i) {
+        const bool special = i == at;
+        text += special ? u'\u20AC' : static_cast<char16_t>(u'a' + i % 26);
+        bytes += special ? '\x80' : static_cast<char>('a' + i % 26);
+      }
+      EXPECT_EQ(to_code_page(text), bytes) << length << " " << at;
+      EXPECT_EQ(from_code_page(bytes), text) << length << " " << at;
+      std::string unmappable = to_code_page(text + u"\u4E2D" + text);
+      EXPECT_EQ(unmappable, bytes + "?" + bytes);
+    }
+  }
+}
+
 TEST(ValuesCurrency, FromDoubleRoundsHalvesToEven) {
   const std::pair<double, int64_t> cases[] = {
       {0.03125, 312}, {0.09375, 938}, {-0.03125, -312},  // exact halves of a unit
