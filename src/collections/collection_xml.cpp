@@ -6,7 +6,7 @@
 namespace vexqom {
 
 void begin_collection_xml(clsXML& engine, const CollectionForm& form, int32_t count,
-                          const Text& members_xml, int& line) {
+                          const std::vector<Text>& members_xml, int& line) {
   line = 3;
   engine.put_Snippet(true);
   engine.put_Compress(form.compress);
@@ -20,7 +20,7 @@ void begin_collection_xml(clsXML& engine, const CollectionForm& form, int32_t co
   line = 6;
   engine.Add(u"Count", integer_text(count));
   line = 7;
-  engine.Add(u"Collection", members_xml);
+  engine.AddPieces(u"Collection", members_xml);
 }
 
 Text end_collection_xml(clsXML& engine, const CollectionForm& form, int& line) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "vexqom/Collection.h"
 #include "vexqom/ICatVehicle.h"
@@ -32,19 +33,22 @@ int16_t read_member_count(clsXML& engine);
 
 // ---- implementation ----
 
+// members_xml: each member's XML, in order.
 void begin_collection_xml(clsXML& engine, const CollectionForm& form, int32_t count,
-                          const Text& members_xml, int& line);
+                          const std::vector<Text>& members_xml, int& line);
 Text end_collection_xml(clsXML& engine, const CollectionForm& form, int& line);
 
 template <class MemberXml>
 Text write_collection_xml(const CollectionForm& form, const Collection& members,
                           MemberXml&& member_xml, int& line) {
   line = 2;
-  auto gathered = create<CString>();
-  for (size_t i = 0; i < members.size(); ++i) gathered->Append(member_xml(members.at(i)));
+  // Kept as pieces and written once into a buffer sized for all of them: a large
+  // selection is never joined, converted and copied again, and no buffer grows by doubling.
+  std::vector<Text> pieces;
+  pieces.reserve(members.size());
+  for (size_t i = 0; i < members.size(); ++i) pieces.push_back(member_xml(members.at(i)));
   auto engine = create<clsXML>();
-  begin_collection_xml(*engine, form, static_cast<int32_t>(members.size()),
-                       gathered->get_Value(), line);
+  begin_collection_xml(*engine, form, static_cast<int32_t>(members.size()), pieces, line);
   return end_collection_xml(*engine, form, line);
 }
 

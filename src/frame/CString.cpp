@@ -87,11 +87,9 @@ const ClassInfo& CString::class_info() const { return private_class_info("CStrin
 
 void CString::SetBufferSize(int32_t newSize, bool clearIt) {
   if (newSize < 0) raise_invalid_length();
-  const size_t wanted = static_cast<size_t>(newSize) + 1;  // the spare byte for a zero
-  if (wanted > data_.capacity()) data_.reserve(std::max(wanted, data_.capacity() * 2));
-  // Resizing within the reserved capacity never moves the bytes; bytes dropped by a
-  // shrink come back as zeros, as in a freshly allocated buffer.
-  data_.resize(wanted);
+  // Bytes dropped by a shrink come back as zeros, as in a freshly allocated buffer.
+  const size_t kept = static_cast<size_t>(newSize) + 1;  // with the spare byte for a zero
+  if (data_.size() > kept) data_.resize(kept);
   if (clearIt) std::fill(data_.begin(), data_.end(), '\0');
   buffer_size_ = newSize;
   if (length_ > buffer_size_) length_ = buffer_size_;
@@ -99,6 +97,18 @@ void CString::SetBufferSize(int32_t newSize, bool clearIt) {
 
 void CString::ensure_size(int32_t needed) {
   if (needed > buffer_size_) SetBufferSize(needed);
+  materialize(static_cast<size_t>(needed));
+}
+
+void CString::materialize(size_t count) {
+  if (count <= data_.size()) return;
+  // Geometric growth of the storage, starting at a size that holds a typical record in
+  // one allocation; the reported size stays exact-fit.
+  constexpr size_t kFirstStorage = 1024;
+  if (count > data_.capacity()) {
+    data_.reserve(std::max({count, data_.capacity() * 2, kFirstStorage}));
+  }
+  data_.resize(count);
 }
 
 Text CString::get_Value() const { return from_code_page(bytes()); }
@@ -109,6 +119,7 @@ void CString::put_Value(TextView newValue) {
 }
 
 const char* CString::StrPtr() {
+  materialize(static_cast<size_t>(length_) + 1);
   data_[static_cast<size_t>(length_)] = '\0';
   return data_.data();
 }
@@ -321,6 +332,7 @@ void CString::WriteToFile(std::FILE* file, bool prefixLength) {
   }
   // The spare byte after the text goes out too, so a reader gets its zero back.
   const size_t n = static_cast<size_t>(length_) + 1;
+  materialize(n);
   if (std::fwrite(data_.data(), 1, n, file) != n) throw Error(errc::kPathFileAccess);
 }
 
@@ -346,14 +358,19 @@ void CString::ReadFromFile(std::FILE* file, bool prefixLength) {
     if (std::fread(in.data() + old, 1, chunk, file) != chunk) throw Error(errc::kPathFileAccess);
   }
   ensure_size(newLength);
+  materialize(want);
   std::memcpy(data_.data(), in.data(), want);
   length_ = newLength;
 }
 
 int32_t CString::TrimToNull() {
-  const void* zero = std::memchr(data_.data(), 0, static_cast<size_t>(buffer_size_) + 1);
-  length_ =
-      zero ? static_cast<int32_t>(static_cast<const char*>(zero) - data_.data()) : buffer_size_;
+  // Past the stored bytes the buffer holds zeros.
+  const void* zero = data_.empty() ? nullptr : std::memchr(data_.data(), 0, data_.size());
+  if (zero != nullptr) {
+    length_ = static_cast<int32_t>(static_cast<const char*>(zero) - data_.data());
+  } else {
+    length_ = std::min(static_cast<int32_t>(data_.size()), buffer_size_);
+  }
   return length_;
 }
 

@@ -46,6 +46,9 @@ class CString : public Object {
   void put_Length(int32_t newLength);
 
   void Clear() { length_ = 0; }
+  // Room for count bytes in the storage, so that appends up to it never move the bytes;
+  // the reported buffer size does not change.
+  void ReserveStorage(size_t count) { data_.reserve(count); }
   Ref<CString> Copy();
 
   Ref<CString> get_Left(int32_t numChars) const;
@@ -96,12 +99,19 @@ class CString : public Object {
   // The bytes in use, for searches that work in place.
   std::string_view bytes() const { return {data_.data(), static_cast<size_t>(length_)}; }
   // Mutable access to the bytes (index 0 .. buffer size); for routines that write into it.
-  char* data() { return data_.data(); }
+  char* data() {
+    materialize(static_cast<size_t>(buffer_size_) + 1);
+    return data_.data();
+  }
 
  private:
   void ensure_size(int32_t needed);  // exact-fit reported size, geometric storage
+  void materialize(size_t count);     // stores at least the first count bytes
 
-  std::vector<char> data_;  // capacity >= buffer_size_ + 1
+  // The first bytes of the buffer; the rest, up to the reported size and its spare byte,
+  // are zeros not yet stored, so a fresh buffer costs no allocation. Holds at least
+  // length_ bytes.
+  std::vector<char> data_;
   int32_t buffer_size_ = 0;
   int32_t length_ = 0;
   Text find_cache_text_;

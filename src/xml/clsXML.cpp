@@ -352,10 +352,7 @@ void clsXML::Add(const Text& xsTagNam, const Text& xsStrVal, bool xbNewGroup,
     line = 2;
     if (xbNewGroup) {
       line = 3;
-      std::vector<Text>& groups = group_stack();
-      if (group_counter_ == std::numeric_limits<int32_t>::max()) throw Error(errc::kOverflow);
-      ++group_counter_;
-      groups.push_back(xsTagNam);
+      open_group(xsTagNam);
     } else if (compress_) {
       line = 4;
       if (xsStrVal.empty()) return;
@@ -364,30 +361,102 @@ void clsXML::Add(const Text& xsTagNam, const Text& xsStrVal, bool xbNewGroup,
       if (zero_suppress_ && is_numeric_text(xsStrVal, &number) && number == 0) return;
     }
     line = 6;
+    value_scratch_.clear();
+    append_code_page(value_scratch_, xsStrVal);
+    write_element(xsTagNam, value_scratch_, looks_like_xml(xsStrVal), xbNewGroup, line);
+    line = 10;
+    if (xbEndGroup) EndGroup();
+  });
+}
+
+void clsXML::AddPieces(const Text& xsTagNam, const std::vector<Text>& pieces) {
+  // The value is the pieces joined; when it is markup (the usual case: each piece is a
+  // member's element) it is neither escaped nor tested as a number, so the pieces can go
+  // straight into the buffer without being joined first.
+  const Text* first = nullptr;
+  const Text* last = nullptr;
+  size_t total = 0;
+  for (const Text& piece : pieces) {
+    if (piece.empty()) continue;
+    if (first == nullptr) first = &piece;
+    last = &piece;
+    total += piece.size();
+  }
+  const bool markup = first != nullptr && first->front() == u'<' && last->back() == u'>';
+  if (!markup) {
+    Text joined;
+    joined.reserve(total);
+    for (const Text& piece : pieces) joined += piece;
+    Add(xsTagNam, joined);
+    return;
+  }
+  run_procedure(errors_, u"clsXML | Add", Trace::No, [&](int& line) {
+    line = 1;
+    if (xsTagNam.empty()) return;
+    line = 6;
     CString& buf = buffer();
+    buf.ReserveStorage(static_cast<size_t>(buf.get_Length()) + total + 2 * xsTagNam.size() + 64);
     std::string& out = scratch_;
     out.clear();
     append_indentation(out, level_);
     out += '<';
     append_code_page(out, xsTagNam);
     out += '>';
+    buf.AppendBytes(out);
     line = 7;
-    const size_t value_start = out.size();
-    append_code_page(out, xsStrVal);
-    if (validate_ && !looks_like_xml(xsStrVal)) escape_tail(out, value_start);
-    line = 8;
-    if (!xbNewGroup) {
-      out += "</";
-      append_code_page(out, xsTagNam);
-      out += '>';
+    for (const Text& piece : pieces) {
+      out.clear();
+      append_code_page(out, piece);
+      buf.AppendBytes(out);
     }
+    line = 8;
+    out.assign("</");
+    append_code_page(out, xsTagNam);
+    out += '>';
     if (formatted_) out += kCrLf;
     buf.AppendBytes(out);
-    line = 9;
-    if (xbNewGroup) level_ = checked16(int32_t{level_} + 1);
-    line = 10;
-    if (xbEndGroup) EndGroup();
   });
+}
+
+void clsXML::open_group(const Text& tag) {
+  std::vector<Text>& groups = group_stack();
+  if (group_counter_ == std::numeric_limits<int32_t>::max()) throw Error(errc::kOverflow);
+  ++group_counter_;
+  groups.push_back(tag);
+}
+
+void clsXML::write_element(TextView tag, std::string_view value, bool value_is_xml,
+                           bool new_group, int& line) {
+  CString& buf = buffer();
+  std::string& out = scratch_;
+  out.clear();
+  append_indentation(out, level_);
+  out += '<';
+  append_code_page(out, tag);
+  out += '>';
+  line = 7;
+  if (validate_ && !value_is_xml) {
+    const size_t value_start = out.size();
+    out.append(value);
+    escape_tail(out, value_start);
+  } else if (value.size() > 4096) {
+    // A large value (a collection's members) goes straight into the buffer.
+    buf.AppendBytes(out);
+    out.clear();
+    buf.AppendBytes(value);
+  } else {
+    out.append(value);
+  }
+  line = 8;
+  if (!new_group) {
+    out += "</";
+    append_code_page(out, tag);
+    out += '>';
+  }
+  if (formatted_) out += kCrLf;
+  buf.AppendBytes(out);
+  line = 9;
+  if (new_group) level_ = checked16(int32_t{level_} + 1);
 }
 
 void clsXML::AddXML(const Text& xsXML) {

@@ -51,6 +51,9 @@ class clsXML : public Object {
            bool xbEndGroup = false);
   void AddAttrVal(const Text& xsTagNam, const Text& xsAttr, const Text& xsVal,
                   bool xbNewGroup = false);
+  // Add(tag, the pieces joined), with the same rules, label and results, for a value
+  // made of many pieces (a collection's members): markup is written piece by piece.
+  void AddPieces(const Text& xsTagNam, const std::vector<Text>& pieces);
   void AddXML(const Text& xsXML);
   void EndGroup();
   void Comment(const Text& xsComment);
@@ -104,6 +107,9 @@ class clsXML : public Object {
   static Text unescaped_value(std::string_view bytes);
 
   // Shared by the builder members.
+  void open_group(const Text& tag);
+  void write_element(TextView tag, std::string_view value, bool value_is_xml, bool new_group,
+                     int& line);
   Text LineBreak() const;
   Text IndentText(int16_t count) const;
   Text indentation_for_level(int16_t level) const;  // 16-bit product, error 6
@@ -149,6 +155,7 @@ class clsXML : public Object {
   TagPatterns block_patterns_;
   ErrorState errors_;
   std::string scratch_;  // reused by the builder, so a warm Add allocates nothing
+  std::string value_scratch_;
 };
 
 }  // namespace vexqom
