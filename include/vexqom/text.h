@@ -29,6 +29,8 @@ VEXQOM_API bool equals_caseless(TextView a, TextView b);
 // Encoding: one byte per code unit; units the code page cannot hold become '?'.
 VEXQOM_API std::string to_code_page(TextView text);
 VEXQOM_API void append_code_page(std::string& out, TextView text);
+// Writes text's n code units as n code-page bytes to out (room for n bytes).
+VEXQOM_API void encode_code_page(TextView text, char* out);
 // Decoding: one code unit per byte.
 VEXQOM_API Text from_code_page(std::string_view bytes);
 

@@ -275,10 +275,7 @@ bool equals_caseless(TextView a, TextView b) {
   return fold_case(a) == fold_case(b);
 }
 
-void append_code_page(std::string& out, TextView text) {
-  const std::size_t start = out.size();
-  out.resize(start + text.size());
-  char* dst = out.data() + start;
+void encode_code_page(TextView text, char* dst) {
   const unsigned char* encode = nullptr;
   std::size_t i = 0;
   while (i < text.size()) {
@@ -293,6 +290,12 @@ void append_code_page(std::string& out, TextView text) {
     if (!encode) encode = code_page().encode.get();
     dst[i++] = static_cast<char>(encode[c]);
   }
+}
+
+void append_code_page(std::string& out, TextView text) {
+  const std::size_t start = out.size();
+  out.resize(start + text.size());
+  encode_code_page(text, out.data() + start);
 }
 
 std::string to_code_page(TextView text) {

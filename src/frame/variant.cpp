@@ -346,6 +346,9 @@ int32_t round_to_long(double v) {
 bool is_numeric_text(TextView text, double* value) {
   const TextView s = trim_blanks_and_tabs(text);
   if (s.empty()) return false;
+  // Every number starts with a digit, a sign, a point or "&": words are ruled out at once.
+  const char16_t c = s.front();
+  if (!(is_digit(c) || c == u'+' || c == u'-' || c == u'.' || c == u'&')) return false;
   const NumberScan n = scan_number(s);
   if (n.length == 0 || n.length != s.size()) return false;
   if (value) *value = scanned_value(s, n);

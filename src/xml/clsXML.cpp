@@ -214,18 +214,17 @@ std::vector<Text>& clsXML::group_stack() {
 std::string clsXML::code_page_bytes(const Text& text) { return to_code_page(text); }
 
 void clsXML::TagPatterns::set(TextView tag) {
-  name.clear();
-  append_code_page(name, tag);
-  const size_t n = name.size();
+  const size_t n = tag.size();
   start.resize(n + 2);
   end.resize(n + 3);
   start[0] = '<';
-  std::memcpy(start.data() + 1, name.data(), n);
+  encode_code_page(tag, start.data() + 1);
   start[n + 1] = '>';
   end[0] = '<';
   end[1] = '/';
-  std::memcpy(end.data() + 2, name.data(), n);
+  std::memcpy(end.data() + 2, start.data() + 1, n);
   end[n + 2] = '>';
+  name.assign(start, 1, n);
 }
 
 Text clsXML::unescaped_value(std::string_view bytes) {
@@ -344,8 +343,7 @@ Text clsXML::ComposeDocument() {
 // ---------------------------------------------------------------------------
 // Builder
 
-void clsXML::Add(const Text& xsTagNam, const Text& xsStrVal, bool xbNewGroup,
-                 bool xbEndGroup) {
+void clsXML::Add(TextView xsTagNam, TextView xsStrVal, bool xbNewGroup, bool xbEndGroup) {
   run_procedure(errors_, u"clsXML | Add", Trace::No, [&](int& line) {
     line = 1;
     if (xsTagNam.empty()) return;
@@ -418,11 +416,11 @@ void clsXML::AddPieces(const Text& xsTagNam, const std::vector<Text>& pieces) {
   });
 }
 
-void clsXML::open_group(const Text& tag) {
+void clsXML::open_group(TextView tag) {
   std::vector<Text>& groups = group_stack();
   if (group_counter_ == std::numeric_limits<int32_t>::max()) throw Error(errc::kOverflow);
   ++group_counter_;
-  groups.push_back(tag);
+  groups.emplace_back(tag);
 }
 
 void clsXML::write_element(TextView tag, std::string_view value, bool value_is_xml,

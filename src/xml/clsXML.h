@@ -47,7 +47,7 @@ class clsXML : public Object {
   Text get_XML();
 
   // ---- Builder ----
-  void Add(const Text& xsTagNam, const Text& xsStrVal, bool xbNewGroup = false,
+  void Add(TextView xsTagNam, TextView xsStrVal, bool xbNewGroup = false,
            bool xbEndGroup = false);
   void AddAttrVal(const Text& xsTagNam, const Text& xsAttr, const Text& xsVal,
                   bool xbNewGroup = false);
@@ -107,7 +107,7 @@ class clsXML : public Object {
   static Text unescaped_value(std::string_view bytes);
 
   // Shared by the builder members.
-  void open_group(const Text& tag);
+  void open_group(TextView tag);
   void write_element(TextView tag, std::string_view value, bool value_is_xml, bool new_group,
                      int& line);
   Text LineBreak() const;
