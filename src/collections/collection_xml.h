@@ -28,28 +28,38 @@ template <class MemberXml>
 Text write_collection_xml(const CollectionForm& form, const Collection& members,
                           MemberXml&& member_xml, int& line);
 
+// Room kept beside the members for the elements around them (root, count, vehicle).
+inline constexpr size_t kCollectionXmlRoom = 4096;
+
 // The leading number of the first "Count" element, as a 16-bit Integer (error 6).
 int16_t read_member_count(clsXML& engine);
 
 // ---- implementation ----
 
-// members_xml: each member's XML, in order.
-void begin_collection_xml(clsXML& engine, const CollectionForm& form, int32_t count,
-                          const std::vector<Text>& members_xml, int& line);
-Text end_collection_xml(clsXML& engine, const CollectionForm& form, int& line);
+// The members' XML, one after the other. Room for all of them is taken once, from the
+// first member's size, so a large selection is neither joined again nor grown by doubling.
+template <class MemberXml>
+Text joined_members_xml(const Collection& members, MemberXml&& member_xml) {
+  Text joined;
+  for (size_t i = 0; i < members.size(); ++i) {
+    Text xml = member_xml(members.at(i));
+    if (i == 0) joined.reserve(xml.size() * members.size() / 4 * 5 + kCollectionXmlRoom);
+    joined += xml;
+  }
+  return joined;
+}
+
+// Writes the collection around the members' XML, reusing its storage for the result.
+Text compose_collection_xml(const CollectionForm& form, int32_t count, Text&& members_xml,
+                            int& line);
 
 template <class MemberXml>
 Text write_collection_xml(const CollectionForm& form, const Collection& members,
                           MemberXml&& member_xml, int& line) {
   line = 2;
-  // Kept as pieces and written once into a buffer sized for all of them: a large
-  // selection is never joined, converted and copied again, and no buffer grows by doubling.
-  std::vector<Text> pieces;
-  pieces.reserve(members.size());
-  for (size_t i = 0; i < members.size(); ++i) pieces.push_back(member_xml(members.at(i)));
-  auto engine = create<clsXML>();
-  begin_collection_xml(*engine, form, static_cast<int32_t>(members.size()), pieces, line);
-  return end_collection_xml(*engine, form, line);
+  Text joined = joined_members_xml(members, member_xml);
+  return compose_collection_xml(form, static_cast<int32_t>(members.size()), std::move(joined),
+                                line);
 }
 
 }  // namespace vexqom

@@ -46,9 +46,6 @@ class CString : public Object {
   void put_Length(int32_t newLength);
 
   void Clear() { length_ = 0; }
-  // Room for count bytes in the storage, so that appends up to it never move the bytes;
-  // the reported buffer size does not change.
-  void ReserveStorage(size_t count) { data_.reserve(count); }
   Ref<CString> Copy();
 
   Ref<CString> get_Left(int32_t numChars) const;

@@ -367,55 +367,6 @@ void clsXML::Add(TextView xsTagNam, TextView xsStrVal, bool xbNewGroup, bool xbE
   });
 }
 
-void clsXML::AddPieces(const Text& xsTagNam, const std::vector<Text>& pieces) {
-  // The value is the pieces joined; when it is markup (the usual case: each piece is a
-  // member's element) it is neither escaped nor tested as a number, so the pieces can go
-  // straight into the buffer without being joined first.
-  const Text* first = nullptr;
-  const Text* last = nullptr;
-  size_t total = 0;
-  for (const Text& piece : pieces) {
-    if (piece.empty()) continue;
-    if (first == nullptr) first = &piece;
-    last = &piece;
-    total += piece.size();
-  }
-  const bool markup = first != nullptr && first->front() == u'<' && last->back() == u'>';
-  if (!markup) {
-    Text joined;
-    joined.reserve(total);
-    for (const Text& piece : pieces) joined += piece;
-    Add(xsTagNam, joined);
-    return;
-  }
-  run_procedure(errors_, u"clsXML | Add", Trace::No, [&](int& line) {
-    line = 1;
-    if (xsTagNam.empty()) return;
-    line = 6;
-    CString& buf = buffer();
-    buf.ReserveStorage(static_cast<size_t>(buf.get_Length()) + total + 2 * xsTagNam.size() + 64);
-    std::string& out = scratch_;
-    out.clear();
-    append_indentation(out, level_);
-    out += '<';
-    append_code_page(out, xsTagNam);
-    out += '>';
-    buf.AppendBytes(out);
-    line = 7;
-    for (const Text& piece : pieces) {
-      out.clear();
-      append_code_page(out, piece);
-      buf.AppendBytes(out);
-    }
-    line = 8;
-    out.assign("</");
-    append_code_page(out, xsTagNam);
-    out += '>';
-    if (formatted_) out += kCrLf;
-    buf.AppendBytes(out);
-  });
-}
-
 void clsXML::open_group(TextView tag) {
   std::vector<Text>& groups = group_stack();
   if (group_counter_ == std::numeric_limits<int32_t>::max()) throw Error(errc::kOverflow);

@@ -51,9 +51,6 @@ class clsXML : public Object {
            bool xbEndGroup = false);
   void AddAttrVal(const Text& xsTagNam, const Text& xsAttr, const Text& xsVal,
                   bool xbNewGroup = false);
-  // Add(tag, the pieces joined), with the same rules, label and results, for a value
-  // made of many pieces (a collection's members): markup is written piece by piece.
-  void AddPieces(const Text& xsTagNam, const std::vector<Text>& pieces);
   void AddXML(const Text& xsXML);
   void EndGroup();
   void Comment(const Text& xsComment);
@@ -84,6 +81,8 @@ class clsXML : public Object {
   Text XMLcompress(const std::optional<Text>& xvXML = std::nullopt);
 
   const ErrorState& last_error() const { return errors_; }
+  // The length of the text built so far (0 once destroyed).
+  size_t built_length() const { return buffer_ ? static_cast<size_t>(buffer_->get_Length()) : 0; }
 
  private:
   struct SearchMemory {
