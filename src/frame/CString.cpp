@@ -86,6 +86,7 @@ CString::CString() { SetBufferSize(kInitialBufferSize); }
 const ClassInfo& CString::class_info() const { return private_class_info("CString"); }
 
 void CString::SetBufferSize(int32_t newSize, bool clearIt) {
+  ++generation_;
   if (newSize < 0) raise_invalid_length();
   // Bytes dropped by a shrink come back as zeros, as in a freshly allocated buffer.
   const size_t kept = static_cast<size_t>(newSize) + 1;  // with the spare byte for a zero
@@ -125,6 +126,7 @@ const char* CString::StrPtr() {
 }
 
 void CString::put_Length(int32_t newLength) {
+  ++generation_;
   if (newLength < 0) raise_invalid_length();
   ensure_size(newLength);
   if (newLength > length_) {
@@ -141,6 +143,7 @@ Ref<CString> CString::Copy() {
 }
 
 void CString::SetFromPointer(const void* source, int32_t count) {
+  ++generation_;
   if (count < 0) raise_invalid_length();
   const char* src = static_cast<const char*>(source);
   // The source may lie inside this buffer; find it again if growing moves the bytes.
@@ -160,11 +163,13 @@ Ref<CString> CString::get_Left(int32_t numChars) const {
 }
 
 void CString::put_Left(int32_t numChars, const Variant& newValue) {
+  ++generation_;
   const Slice sl = left_slice(numChars, length_);
   overwrite(data_.data(), sl, variant_bytes(newValue));
 }
 
 void CString::putref_Left(int32_t numChars, const CString& newValue) {
+  ++generation_;
   overwrite(data_.data(), left_slice(numChars, length_), newValue.bytes());
 }
 
@@ -173,11 +178,13 @@ Ref<CString> CString::get_Right(int32_t numChars) const {
 }
 
 void CString::put_Right(int32_t numChars, const Variant& newValue) {
+  ++generation_;
   const Slice sl = right_slice(numChars, length_);
   overwrite(data_.data(), sl, variant_bytes(newValue), true);
 }
 
 void CString::putref_Right(int32_t numChars, const CString& newValue) {
+  ++generation_;
   overwrite(data_.data(), right_slice(numChars, length_), newValue.bytes(), true);
 }
 
@@ -186,12 +193,14 @@ Ref<CString> CString::get_Mid(int32_t startPos, std::optional<int32_t> numChars)
 }
 
 void CString::put_Mid(int32_t startPos, std::optional<int32_t> numChars, const Variant& newValue) {
+  ++generation_;
   const Slice sl = mid_slice(startPos, numChars, length_);
   overwrite(data_.data(), sl, variant_bytes(newValue));
 }
 
 void CString::putref_Mid(int32_t startPos, std::optional<int32_t> numChars,
                          const CString& newValue) {
+  ++generation_;
   overwrite(data_.data(), mid_slice(startPos, numChars, length_), newValue.bytes());
 }
 
@@ -207,6 +216,7 @@ int16_t CString::get_Char(int32_t index) const {
 }
 
 void CString::put_Char(int32_t index, uint8_t newValue) {
+  ++generation_;
   if (index >= 1 && index <= length_) {
     data_[static_cast<size_t>(index - 1)] = static_cast<char>(newValue);
   }
@@ -266,6 +276,7 @@ int32_t CString::Find(const Text& search, std::optional<int32_t> startPos) {
 // ---- case and order ----
 
 CString& CString::Ucase() {
+  ++generation_;
   for (int32_t i = 0; i < length_; ++i) {
     char& c = data_[static_cast<size_t>(i)];
     if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
@@ -274,6 +285,7 @@ CString& CString::Ucase() {
 }
 
 CString& CString::LCase() {
+  ++generation_;
   for (int32_t i = 0; i < length_; ++i) {
     char& c = data_[static_cast<size_t>(i)];
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
@@ -282,6 +294,7 @@ CString& CString::LCase() {
 }
 
 CString& CString::ReverseStr() {
+  ++generation_;
   std::reverse(data_.begin(), data_.begin() + length_);
   return *this;
 }
@@ -305,6 +318,7 @@ CString& CString::Append(TextView text) {
 CString& CString::Append(const CString& other) { return AppendBytes(other.bytes()); }
 
 CString& CString::AppendBytes(std::string_view bytes_in) {
+  ++generation_;
   if (bytes_in.empty()) return *this;
   const int32_t newLength = checked_sum(length_, bytes_in.size());
   const char* src = bytes_in.data();
@@ -337,6 +351,7 @@ void CString::WriteToFile(std::FILE* file, bool prefixLength) {
 }
 
 void CString::ReadFromFile(std::FILE* file, bool prefixLength) {
+  ++generation_;
   if (file == nullptr) throw Error(errc::kPathFileAccess);
   int32_t newLength = length_;
   if (prefixLength) {
@@ -364,6 +379,7 @@ void CString::ReadFromFile(std::FILE* file, bool prefixLength) {
 }
 
 int32_t CString::TrimToNull() {
+  ++generation_;
   // Past the stored bytes the buffer holds zeros.
   const void* zero = data_.empty() ? nullptr : std::memchr(data_.data(), 0, data_.size());
   if (zero != nullptr) {

@@ -45,7 +45,13 @@ class CString : public Object {
   int32_t get_Length() const { return length_; }
   void put_Length(int32_t newLength);
 
-  void Clear() { length_ = 0; }
+  void Clear() {
+    ++generation_;
+    length_ = 0;
+  }
+  // Changes whenever the bytes or the length may have changed, so that what was learnt
+  // about the text (an index of its tags) can tell when it is out of date.
+  uint64_t generation() const { return generation_; }
   Ref<CString> Copy();
 
   Ref<CString> get_Left(int32_t numChars) const;
@@ -97,6 +103,7 @@ class CString : public Object {
   std::string_view bytes() const { return {data_.data(), static_cast<size_t>(length_)}; }
   // Mutable access to the bytes (index 0 .. buffer size); for routines that write into it.
   char* data() {
+    ++generation_;
     materialize(static_cast<size_t>(buffer_size_) + 1);
     return data_.data();
   }
@@ -111,6 +118,7 @@ class CString : public Object {
   std::vector<char> data_;
   int32_t buffer_size_ = 0;
   int32_t length_ = 0;
+  uint64_t generation_ = 0;
   Text find_cache_text_;
   std::string find_cache_bytes_;  // find_cache_text_ in the code page
   int32_t find_table_[256] = {};

@@ -11,6 +11,7 @@
 #include "frame/procedure.h"
 #include "frame/text_procedures.h"
 #include "xml/byte_search.h"
+#include "xml/pattern_index.h"
 #include "vexqom/variant.h"
 
 namespace vexqom {
@@ -124,6 +125,13 @@ void clsXML::Clear(bool xbDestroyObject) {
     line = 1;
     buffer_.reset();
     groups_.reset();
+    // A new buffer starts its generations afresh.
+    value_end_tags_.valid = false;
+    block_end_tags_.valid = false;
+    value_start_index_ = PatternIndex();
+    value_end_index_ = PatternIndex();
+    block_start_index_ = PatternIndex();
+    block_end_index_ = PatternIndex();
     line = 2;
     loaded_ = false;
     version_.clear();
@@ -280,6 +288,38 @@ size_t clsXML::skip_end_tags(std::string_view text, std::string_view end_tag, in
     pos = found + end_tag.size();
   }
   return pos;
+}
+
+size_t clsXML::skip_end_tags_indexed(std::string_view text, std::string_view end_tag,
+                                     int16_t element, EndTagIndex& index) {
+  if (element <= 1) return 0;
+  const uint64_t generation = buffer().generation();
+  if (!index.valid || index.generation != generation || index.pattern != end_tag) {
+    index.valid = true;
+    index.generation = generation;
+    index.pattern.assign(end_tag);
+    index.after.clear();
+    index.scanned = 0;
+    index.exhausted = false;
+  }
+  const size_t wanted = static_cast<size_t>(element) - 1;
+  while (index.after.size() < wanted && !index.exhausted) {
+    const size_t found = find_bytes(text, end_tag, index.scanned);
+    if (found == std::string_view::npos) {
+      index.exhausted = true;
+      break;
+    }
+    index.scanned = found + end_tag.size();
+    index.after.push_back(static_cast<uint32_t>(index.scanned));
+  }
+  if (index.after.size() < wanted) return 0;  // too few: start over at the top
+  return index.after[wanted - 1];
+}
+
+size_t clsXML::search(std::string_view text, std::string_view pattern, size_t from,
+                      PatternIndex& index) {
+  if (text.size() < kIndexedSearchMinimum) return find_bytes(text, pattern, from);
+  return index.find(text, pattern, buffer().generation(), from);
 }
 
 void clsXML::replace_span(size_t from, size_t to, std::string_view replacement) {
@@ -488,16 +528,16 @@ Text clsXML::get_Value(TextView xsTagName, int16_t xiElement) {
       from = static_cast<size_t>(value_memory_.position) - 1;
     } else {
       line = 4;
-      from = skip_end_tags(text, tag.end, xiElement);
+      from = skip_end_tags_indexed(text, tag.end, xiElement, value_end_tags_);
     }
     line = 5;
     value_memory_.position = 0;
     line = 6;
-    const size_t s = find_bytes(text, tag.start, from);
+    const size_t s = search(text, tag.start, from, value_start_index_);
     if (s == std::string_view::npos) return Text();
     const size_t value_begin = s + tag.start.size();
     line = 7;
-    const size_t e = find_bytes(text, tag.end, value_begin);
+    const size_t e = search(text, tag.end, value_begin, value_end_index_);
     if (e == std::string_view::npos) return Text();
     line = 8;
     value_memory_.position = static_cast<int32_t>(e + tag.end.size() + 1);
@@ -532,11 +572,11 @@ Text clsXML::get_Block(TextView xsTagName, int16_t xiElement) {
       line = 4;
       start = tag.start;
       end = tag.end;
-      from = skip_end_tags(text, end, xiElement);
+      from = skip_end_tags_indexed(text, end, xiElement, block_end_tags_);
     }
     line = 5;
     block_memory_.position = 0;
-    size_t s = find_bytes(text, start, from);
+    size_t s = search(text, start, from, block_start_index_);
     line = 6;
     if (s == std::string_view::npos) {
       if (remembered) return Text();
@@ -546,7 +586,7 @@ Text clsXML::get_Block(TextView xsTagName, int16_t xiElement) {
       if (s == std::string_view::npos) return Text();
     }
     line = 8;
-    size_t e = find_bytes(text, end, s);
+    size_t e = search(text, end, s, block_end_index_);
     line = 9;
     if (e == std::string_view::npos) {
       if (remembered) return Text();

@@ -16,6 +16,7 @@
 #include "vexqom/error.h"
 #include "vexqom/object.h"
 #include "vexqom/text.h"
+#include "xml/pattern_index.h"
 
 namespace vexqom {
 
@@ -121,6 +122,24 @@ class clsXML : public Object {
   static std::string code_page_bytes(const Text& text);
   // Byte-level helpers shared by the readers and the editors.
   void append_indentation(std::string& out, int16_t level) const;  // 16-bit product, error 6
+  // What a reader has learnt about where the end tags of one name lie: the positions
+  // just after the first, second... of them, found as far as asked so far. A document
+  // whose "Count" exceeds its elements makes the readers count end tags from the top
+  // again and again; with this each count is a lookup, not a pass over the text.
+  struct EndTagIndex {
+    bool valid = false;
+    uint64_t generation = 0;  // of the buffer it was learnt from
+    std::string pattern;
+    std::vector<uint32_t> after;
+    size_t scanned = 0;       // where the search for the next one resumes
+    bool exhausted = false;   // no further end tag
+  };
+  // find_bytes on the buffer's text; large texts answer through what index has learnt.
+  size_t search(std::string_view text, std::string_view pattern, size_t from,
+                PatternIndex& index);
+  // skip_end_tags with the answer learnt in index.
+  size_t skip_end_tags_indexed(std::string_view text, std::string_view end_tag, int16_t element,
+                               EndTagIndex& index);
   static size_t skip_end_tags(std::string_view text, std::string_view end_tag,
                               int16_t element);  // 0-based start of the search
   void replace_span(size_t from, size_t to, std::string_view replacement);
@@ -152,6 +171,12 @@ class clsXML : public Object {
   SearchMemory block_memory_;
   TagPatterns value_patterns_;
   TagPatterns block_patterns_;
+  EndTagIndex value_end_tags_;
+  EndTagIndex block_end_tags_;
+  PatternIndex value_start_index_;
+  PatternIndex value_end_index_;
+  PatternIndex block_start_index_;
+  PatternIndex block_end_index_;
   ErrorState errors_;
   std::string scratch_;  // reused by the builder, so a warm Add allocates nothing
   std::string value_scratch_;

@@ -199,6 +199,35 @@ TEST(XmlEngine, OverflowAndDestroyedStateErrors) {
             "clsXML | Add, Error # 91 at line: 3");
 }
 
+// Numbered reads that count end tags from the top learn where they lie; whatever changes
+// the text (an edit of the same length, a new load, a builder call) must be seen.
+TEST(XmlEngine, NumberedReadsFollowTheTextAfterEveryChange) {
+  Ref<clsXML> x = loaded(u"<P>a</P><P>b</P><P>c</P>");
+  EXPECT_EQ(value(*x, u"P", 3), "c");
+  EXPECT_EQ(block(*x, u"P", 2), "<P>b</P>");
+  x->put_Value(u"P", 1, u"z");  // same length: only the bytes differ
+  EXPECT_EQ(value(*x, u"P", 1), "z");
+  x->put_Value(u"P", 1, u"longer");
+  EXPECT_EQ(value(*x, u"P", 3), "c");
+  EXPECT_EQ(block(*x, u"P", 3), "<P>c</P>");
+  x->put_Block(u"P", 2, u"<P>x</P><P>y</P>");
+  EXPECT_EQ(value(*x, u"P", 4), "c");
+  EXPECT_EQ(block(*x, u"P", 3), "<P>y</P>");
+  x->put_XML(u"<P>1</P>");
+  EXPECT_EQ(value(*x, u"P", 3), "1");  // too few now: from the top
+  Ref<clsXML> built = create<clsXML>();
+  built->put_Snippet(true);
+  built->Add(u"P", u"1");
+  EXPECT_EQ(value(*built, u"P", 3), "1");  // one end tag, two needed: from the top
+  built->Add(u"P", u"2");
+  EXPECT_EQ(value(*built, u"P", 2), "2");
+  built->Clear(false);
+  built->put_Snippet(true);
+  built->Add(u"P", u"3");
+  built->Add(u"P", u"4");
+  EXPECT_EQ(block(*built, u"P", 2), "<P>4</P>");
+}
+
 TEST(XmlEngine, TraceLineOnlyFromValueGet) {
   testing::LogFolder logs;
   logs.create_trace_flag();
