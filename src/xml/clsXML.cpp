@@ -128,10 +128,10 @@ void clsXML::Clear(bool xbDestroyObject) {
     // A new buffer starts its generations afresh.
     value_end_tags_.valid = false;
     block_end_tags_.valid = false;
-    value_start_index_ = PatternIndex();
-    value_end_index_ = PatternIndex();
-    block_start_index_ = PatternIndex();
-    block_end_index_ = PatternIndex();
+    value_start_index_.forget();
+    value_end_index_.forget();
+    block_start_index_.forget();
+    block_end_index_.forget();
     line = 2;
     loaded_ = false;
     version_.clear();
@@ -223,16 +223,24 @@ std::string clsXML::code_page_bytes(const Text& text) { return to_code_page(text
 
 void clsXML::TagPatterns::set(TextView tag) {
   const size_t n = tag.size();
-  start.resize(n + 2);
-  end.resize(n + 3);
-  start[0] = '<';
-  encode_code_page(tag, start.data() + 1);
-  start[n + 1] = '>';
-  end[0] = '<';
-  end[1] = '/';
-  std::memcpy(end.data() + 2, start.data() + 1, n);
-  end[n + 2] = '>';
-  name.assign(start, 1, n);
+  char* a = start_bytes_;
+  char* b = end_bytes_;
+  if (n > kInline) {
+    long_start_.resize(n + 2);
+    long_end_.resize(n + 3);
+    a = long_start_.data();
+    b = long_end_.data();
+  }
+  a[0] = '<';
+  encode_code_page(tag, a + 1);
+  a[n + 1] = '>';
+  b[0] = '<';
+  b[1] = '/';
+  std::memcpy(b + 2, a + 1, n);
+  b[n + 2] = '>';
+  start = std::string_view(a, n + 2);
+  end = std::string_view(b, n + 3);
+  name = start.substr(1, n);
 }
 
 Text clsXML::unescaped_value(std::string_view bytes) {
@@ -314,12 +322,6 @@ size_t clsXML::skip_end_tags_indexed(std::string_view text, std::string_view end
   }
   if (index.after.size() < wanted) return 0;  // too few: start over at the top
   return index.after[wanted - 1];
-}
-
-size_t clsXML::search(std::string_view text, std::string_view pattern, size_t from,
-                      PatternIndex& index) {
-  if (text.size() < kIndexedSearchMinimum) return find_bytes(text, pattern, from);
-  return index.find(text, pattern, buffer().generation(), from);
 }
 
 void clsXML::replace_span(size_t from, size_t to, std::string_view replacement) {
@@ -556,7 +558,7 @@ Text clsXML::get_Block(TextView xsTagName, int16_t xiElement) {
     line = 2;
     TagPatterns& tag = block_patterns_;
     tag.set(xsTagName);
-    const std::string& name = tag.name;
+    const std::string_view name = tag.name;
     std::string start;
     std::string end;
     size_t from = 0;
@@ -581,7 +583,7 @@ Text clsXML::get_Block(TextView xsTagName, int16_t xiElement) {
     if (s == std::string_view::npos) {
       if (remembered) return Text();
       line = 7;
-      start = "<" + name + " ";  // a start tag with attributes
+      start.assign("<").append(name).append(" ");  // a start tag with attributes
       s = find_bytes(text, start, from);
       if (s == std::string_view::npos) return Text();
     }

@@ -16,6 +16,7 @@
 #include "vexqom/error.h"
 #include "vexqom/object.h"
 #include "vexqom/text.h"
+#include "xml/byte_search.h"
 #include "xml/pattern_index.h"
 
 namespace vexqom {
@@ -97,10 +98,18 @@ class clsXML : public Object {
   // The code-page patterns of one tag name, rebuilt in place: a warm reader allocates
   // nothing for them.
   struct TagPatterns {
-    std::string name;   // Name
-    std::string start;  // <Name>
-    std::string end;    // </Name>
+    std::string_view name;   // Name
+    std::string_view start;  // <Name>
+    std::string_view end;    // </Name>
     void set(TextView tag);
+
+   private:
+    // The usual short names are built in place; longer ones in the strings.
+    static constexpr size_t kInline = 62;
+    char start_bytes_[kInline + 2];
+    char end_bytes_[kInline + 3];
+    std::string long_start_;
+    std::string long_end_;
   };
 
   // A value's bytes as Text, entities replaced (values that are themselves XML stay).
@@ -136,7 +145,10 @@ class clsXML : public Object {
   };
   // find_bytes on the buffer's text; large texts answer through what index has learnt.
   size_t search(std::string_view text, std::string_view pattern, size_t from,
-                PatternIndex& index);
+                PatternIndex& index) {
+    if (text.size() < kIndexedSearchMinimum) return find_bytes(text, pattern, from);
+    return index.find(text, pattern, buffer_->generation(), from);
+  }
   // skip_end_tags with the answer learnt in index.
   size_t skip_end_tags_indexed(std::string_view text, std::string_view end_tag, int16_t element,
                                EndTagIndex& index);

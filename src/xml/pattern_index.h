@@ -21,6 +21,8 @@ class PatternIndex {
   // find_bytes answers. generation identifies the text's state: a new one (or another
   // pattern) forgets what was learnt.
   size_t find(std::string_view text, std::string_view pattern, uint64_t generation, size_t from);
+  // Forgets what was learnt (the text's owner replaced it), keeping the storage.
+  void forget() { valid_ = false; }
 
  private:
   bool valid_ = false;
