@@ -18,6 +18,7 @@
 #include <string_view>
 #include <vector>
 
+#include "frame/byte_storage.h"
 #include "vexqom/error.h"
 #include "vexqom/object.h"
 #include "vexqom/text.h"
@@ -115,7 +116,7 @@ class CString : public Object {
   // The first bytes of the buffer; the rest, up to the reported size and its spare byte,
   // are zeros not yet stored, so a fresh buffer costs no allocation. Holds at least
   // length_ bytes.
-  std::vector<char> data_;
+  ByteStorage data_;
   int32_t buffer_size_ = 0;
   int32_t length_ = 0;
   uint64_t generation_ = 0;
