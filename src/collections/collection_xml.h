@@ -3,6 +3,7 @@
 // (items, presets, lists) the vehicle's element.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -36,14 +37,23 @@ int16_t read_member_count(clsXML& engine);
 
 // ---- implementation ----
 
-// The members' XML, one after the other. Room for all of them is taken once, from the
-// first member's size, so a large selection is neither joined again nor grown by doubling.
+// Room for n members like the first, a quarter more, and the surrounding elements; at
+// most 64 Mi characters beyond the first member, so one large member does not make room
+// for thousands of its size.
+inline size_t estimated_members_room(size_t first, size_t n) {
+  constexpr size_t kMostExtra = size_t{1} << 26;
+  const size_t wanted = first / 4 * 5 * n + kCollectionXmlRoom;
+  return std::min(wanted, first + kMostExtra);
+}
+
+// The members' XML, one after the other. Room for all of them is usually taken once, so a
+// large selection is neither joined again nor grown by doubling.
 template <class MemberXml>
 Text joined_members_xml(const Collection& members, MemberXml&& member_xml) {
   Text joined;
   for (size_t i = 0; i < members.size(); ++i) {
     Text xml = member_xml(members.at(i));
-    if (i == 0) joined.reserve(xml.size() * members.size() / 4 * 5 + kCollectionXmlRoom);
+    if (i == 0) joined.reserve(estimated_members_room(xml.size(), members.size()));
     joined += xml;
   }
   return joined;
