@@ -11,10 +11,6 @@ namespace {
 constexpr char16_t kMembersPlaceholder[] = u"<_/>";
 constexpr size_t kPlaceholderLength = 4;
 
-bool is_markup(const Text& text) {
-  return !text.empty() && text.front() == u'<' && text.back() == u'>';
-}
-
 }  // namespace
 
 Text compose_collection_xml(const CollectionForm& form, int32_t count, Text&& members_xml,
@@ -37,7 +33,7 @@ Text compose_collection_xml(const CollectionForm& form, int32_t count, Text&& me
   // placeholder and the members take its place afterwards; each character stays one
   // code-page byte, so the engine's byte offsets are the text's offsets. Anything else
   // goes through the engine's rules.
-  const bool splice = is_markup(members_xml);
+  const bool splice = looks_like_xml(members_xml);
   size_t at = 0;
   if (splice) {
     engine->Add(u"Collection", kMembersPlaceholder);

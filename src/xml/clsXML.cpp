@@ -28,9 +28,6 @@ int16_t checked16(int32_t v) {
   return static_cast<int16_t>(v);
 }
 
-bool looks_like_xml(TextView text) {
-  return !text.empty() && text.front() == u'<' && text.back() == u'>';
-}
 
 const char* entity_for(char c) {
   switch (c) {
@@ -243,6 +240,10 @@ void clsXML::TagPatterns::set(TextView tag) {
   name = start.substr(1, n);
 }
 
+bool looks_like_xml(TextView text) {
+  return !text.empty() && text.front() == u'<' && text.back() == u'>';
+}
+
 Text clsXML::unescaped_value(std::string_view bytes) {
   Text value = from_code_page(bytes);
   if (bytes.find('&') == std::string_view::npos) return value;
@@ -401,9 +402,27 @@ void clsXML::Add(TextView xsTagNam, TextView xsStrVal, bool xbNewGroup, bool xbE
       if (zero_suppress_ && is_numeric_text(xsStrVal, &number) && number == 0) return;
     }
     line = 6;
-    value_scratch_.clear();
-    append_code_page(value_scratch_, xsStrVal);
-    write_element(xsTagNam, value_scratch_, looks_like_xml(xsStrVal), xbNewGroup, line);
+    CString& buf = buffer();
+    std::string& out = scratch_;
+    out.clear();
+    append_indentation(out, level_);
+    out += '<';
+    append_code_page(out, xsTagNam);
+    out += '>';
+    line = 7;
+    const size_t value_start = out.size();
+    append_code_page(out, xsStrVal);
+    if (validate_ && !looks_like_xml(xsStrVal)) escape_tail(out, value_start);
+    line = 8;
+    if (!xbNewGroup) {
+      out += "</";
+      append_code_page(out, xsTagNam);
+      out += '>';
+    }
+    if (formatted_) out += kCrLf;
+    buf.AppendBytes(out);
+    line = 9;
+    if (xbNewGroup) level_ = checked16(int32_t{level_} + 1);
     line = 10;
     if (xbEndGroup) EndGroup();
   });
@@ -414,40 +433,6 @@ void clsXML::open_group(TextView tag) {
   if (group_counter_ == std::numeric_limits<int32_t>::max()) throw Error(errc::kOverflow);
   ++group_counter_;
   groups.emplace_back(tag);
-}
-
-void clsXML::write_element(TextView tag, std::string_view value, bool value_is_xml,
-                           bool new_group, int& line) {
-  CString& buf = buffer();
-  std::string& out = scratch_;
-  out.clear();
-  append_indentation(out, level_);
-  out += '<';
-  append_code_page(out, tag);
-  out += '>';
-  line = 7;
-  if (validate_ && !value_is_xml) {
-    const size_t value_start = out.size();
-    out.append(value);
-    escape_tail(out, value_start);
-  } else if (value.size() > 4096) {
-    // A large value (a collection's members) goes straight into the buffer.
-    buf.AppendBytes(out);
-    out.clear();
-    buf.AppendBytes(value);
-  } else {
-    out.append(value);
-  }
-  line = 8;
-  if (!new_group) {
-    out += "</";
-    append_code_page(out, tag);
-    out += '>';
-  }
-  if (formatted_) out += kCrLf;
-  buf.AppendBytes(out);
-  line = 9;
-  if (new_group) level_ = checked16(int32_t{level_} + 1);
 }
 
 void clsXML::AddXML(const Text& xsXML) {

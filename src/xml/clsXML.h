@@ -23,6 +23,10 @@ namespace vexqom {
 
 class DomDocument;  // the DOM adapter over libxml2 (xml/dom_document.h)
 
+// Whether a value is itself XML (starts with "<" and ends with ">"): such values are
+// written and read as they are, never escaped or unescaped.
+bool looks_like_xml(TextView text);
+
 class clsXML : public Object {
  public:
   clsXML();  // Clear(false)
@@ -117,8 +121,6 @@ class clsXML : public Object {
 
   // Shared by the builder members.
   void open_group(TextView tag);
-  void write_element(TextView tag, std::string_view value, bool value_is_xml, bool new_group,
-                     int& line);
   Text LineBreak() const;
   Text IndentText(int16_t count) const;
   Text indentation_for_level(int16_t level) const;  // 16-bit product, error 6
@@ -191,7 +193,6 @@ class clsXML : public Object {
   PatternIndex block_end_index_;
   ErrorState errors_;
   std::string scratch_;  // reused by the builder, so a warm Add allocates nothing
-  std::string value_scratch_;
 };
 
 }  // namespace vexqom
