@@ -5,6 +5,7 @@
 
 #include "frame/diagnostics.h"
 #include "support/log_folder.h"
+#include "support/writer_switches.h"
 #include "vexqom/ICatItemCol.h"
 
 namespace vexqom {
@@ -12,14 +13,7 @@ namespace {
 
 class ItemColDocument : public ::testing::Test {
  protected:
-  struct Switches {
-    bool compress = diag::thread_state().XMLCompress;
-    bool zero = diag::thread_state().XMLZeroSuppress;
-    ~Switches() {
-      diag::thread_state().XMLCompress = compress;
-      diag::thread_state().XMLZeroSuppress = zero;
-    }
-  } switches_;
+  testing::WriterSwitches switches_;
   testing::LogFolder logs_;
   int events_ = 0;
 

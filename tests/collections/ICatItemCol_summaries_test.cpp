@@ -3,6 +3,7 @@
 
 #include "frame/diagnostics.h"
 #include "support/log_folder.h"
+#include "support/writer_switches.h"
 #include "vexqom/ICatItemCol.h"
 
 namespace vexqom {
@@ -10,14 +11,7 @@ namespace {
 
 class ItemColSummaries : public ::testing::Test {
  protected:
-  struct Switches {
-    bool compress = diag::thread_state().XMLCompress;
-    bool zero = diag::thread_state().XMLZeroSuppress;
-    ~Switches() {
-      diag::thread_state().XMLCompress = compress;
-      diag::thread_state().XMLZeroSuppress = zero;
-    }
-  } switches_;
+  testing::WriterSwitches switches_;
   testing::LogFolder logs_;
 };
 

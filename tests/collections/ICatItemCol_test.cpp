@@ -6,6 +6,7 @@
 
 #include "frame/diagnostics.h"
 #include "support/log_folder.h"
+#include "support/writer_switches.h"
 #include "vexqom/ICatItemCol.h"
 #include "vexqom/dispatch.h"
 
@@ -29,14 +30,7 @@ Currency money(double v) { return Currency::from_double(v); }
 // it found them, and logs into a folder of its own.
 class ItemCol : public ::testing::Test {
  protected:
-  struct Switches {
-    bool compress = diag::thread_state().XMLCompress;
-    bool zero = diag::thread_state().XMLZeroSuppress;
-    ~Switches() {
-      diag::thread_state().XMLCompress = compress;
-      diag::thread_state().XMLZeroSuppress = zero;
-    }
-  } switches_;
+  testing::WriterSwitches switches_;
   testing::LogFolder logs_;
 
   void count_events(ICatItemCol& col) {

@@ -10,6 +10,7 @@
 #include "support/log_folder.h"
 #include "vexqom/ICatPresetCol.h"
 #include "vexqom/dispatch.h"
+#include "support/writer_switches.h"
 
 namespace vexqom {
 namespace {
@@ -28,24 +29,6 @@ int32_t error_of(auto&& call) {
 
 Variant V(const char16_t* text) { return Variant(Text(text)); }
 
-// Sets both XML writer switches of this thread and puts them back afterwards.
-class Switches {
- public:
-  explicit Switches(bool on)
-      : compress_(diag::thread_state().XMLCompress),
-        zero_(diag::thread_state().XMLZeroSuppress) {
-    diag::thread_state().XMLCompress = on;
-    diag::thread_state().XMLZeroSuppress = on;
-  }
-  ~Switches() {
-    diag::thread_state().XMLCompress = compress_;
-    diag::thread_state().XMLZeroSuppress = zero_;
-  }
-
- private:
-  bool compress_, zero_;
-};
-
 Ref<ICatPreset> preset(const char16_t* category, const char16_t* group,
                        const char16_t* description) {
   auto p = create<ICatPreset>();
@@ -59,13 +42,13 @@ TEST(ICatPresetXml, FollowsTheThreadSwitchesAndReadsAnyRoot) {
   LogFolder logs;
   auto p = preset(u"Engine", u"", u"A&B");
   {
-    Switches off(false);
+    testing::WriterSwitches off(false);
     EXPECT_EQ(to_utf8(p->get_XML()),
               "<ICatPreset><Category>Engine</Category><Group></Group>"
               "<Description>A&amp;B</Description></ICatPreset>");
   }
   {
-    Switches on(true);
+    testing::WriterSwitches on(true);
     EXPECT_EQ(to_utf8(p->get_XML()),
               "<ICatPreset><Category>Engine</Category><Description>A&amp;B</Description>"
               "</ICatPreset>");
@@ -120,7 +103,7 @@ TEST(ICatPresetCol, AddsToleratePresentKeysSilently) {
 
 TEST(ICatPresetColXml, RebuildKeysByTheJoinedFieldsAndKeepsTheFirst) {
   LogFolder logs;
-  Switches on(true);
+  testing::WriterSwitches on(true);
   auto col = create<ICatPresetCol>();
   EXPECT_EQ(to_utf8(col->get_XML()), "<ICatPresetCol><Vehicle></Vehicle></ICatPresetCol>");
 
@@ -167,7 +150,7 @@ TEST(ICatPresetColXml, RebuildKeysByTheJoinedFieldsAndKeepsTheFirst) {
 
 TEST(ICatPresetColXml, CollectionSettingsAreFixedAndAMissingVehicleIsLogged) {
   LogFolder logs;
-  Switches off(false);  // as after SHOWXML
+  testing::WriterSwitches off(false);  // as after SHOWXML
   auto col = create<ICatPresetCol>();
   EXPECT_EQ(to_utf8(col->get_XML()), "<ICatPresetCol><Vehicle></Vehicle></ICatPresetCol>");
   col->Add(u"Engine", u"", u"");

@@ -19,6 +19,7 @@
 #include "frame/diagnostics.h"
 #include "support/log_folder.h"
 #include "vexqom/ICatItemCol.h"
+#include "support/writer_switches.h"
 
 namespace vexqom {
 namespace {
@@ -228,15 +229,12 @@ TEST(ReliabilityThreads, SharedLogsStayWholeAndSwitchesStayPerThread) {
   // The sample's two texts, made on this thread; its own switches are put back afterwards.
   Text shown, hidden;
   {
-    auto& st = diag::thread_state();
-    const bool compress = st.XMLCompress, zero = st.XMLZeroSuppress;
+    const testing::WriterSwitches kept;
     auto sample = switch_sample();
     sample->Summarize(u"SHOWXML");
     shown = sample->get_XML();
     sample->Summarize(u"HIDEXML");
     hidden = sample->get_XML();
-    st.XMLCompress = compress;
-    st.XMLZeroSuppress = zero;
   }
   ASSERT_NE(shown, hidden) << "the sample does not tell the switches apart";
 

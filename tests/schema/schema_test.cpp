@@ -8,6 +8,7 @@
 #include "frame/diagnostics.h"
 #include "frame/document_observer.h"
 #include "support/log_folder.h"
+#include "support/writer_switches.h"
 #include "support/schema_validation.h"
 #include "vexqom/ICatItemCol.h"
 #include "vexqom/ICatList.h"
@@ -89,14 +90,7 @@ TEST(Schemas, SamplesValidateAndMisplacedOrUnknownElementsAreRejected) {
 
 class WrittenDocuments : public ::testing::Test {
  protected:
-  struct Switches {
-    bool compress = diag::thread_state().XMLCompress;
-    bool zero = diag::thread_state().XMLZeroSuppress;
-    ~Switches() {
-      diag::thread_state().XMLCompress = compress;
-      diag::thread_state().XMLZeroSuppress = zero;
-    }
-  } switches_;
+  testing::WriterSwitches switches_;
   LogFolder logs_;
 
   static int64_t seen(const char* form) {
