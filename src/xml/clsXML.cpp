@@ -125,6 +125,7 @@ void clsXML::Clear(bool xbDestroyObject) {
     // A new buffer starts its generations afresh.
     value_end_tags_.valid = false;
     block_end_tags_.valid = false;
+    edit_end_tags_.valid = false;
     value_start_index_.forget();
     value_end_index_.forget();
     block_start_index_.forget();
@@ -289,18 +290,8 @@ void clsXML::forget_search_memories() {
   block_memory_.element = 0;
 }
 
-size_t clsXML::skip_end_tags(std::string_view text, std::string_view end_tag, int16_t element) {
-  size_t pos = 0;
-  for (int32_t i = 1; i < element; ++i) {
-    const size_t found = find_bytes(text, end_tag, pos);
-    if (found == std::string_view::npos) return 0;  // too few: start over at the top
-    pos = found + end_tag.size();
-  }
-  return pos;
-}
-
-size_t clsXML::skip_end_tags_indexed(std::string_view text, std::string_view end_tag,
-                                     int16_t element, EndTagIndex& index) {
+size_t clsXML::skip_end_tags(std::string_view text, std::string_view end_tag, int16_t element,
+                             EndTagIndex& index) {
   if (element <= 1) return 0;
   const uint64_t generation = buffer().generation();
   if (!index.valid || index.generation != generation || index.pattern != end_tag) {
@@ -515,7 +506,7 @@ Text clsXML::get_Value(TextView xsTagName, int16_t xiElement) {
       from = static_cast<size_t>(value_memory_.position) - 1;
     } else {
       line = 4;
-      from = skip_end_tags_indexed(text, tag.end, xiElement, value_end_tags_);
+      from = skip_end_tags(text, tag.end, xiElement, value_end_tags_);
     }
     line = 5;
     value_memory_.position = 0;
@@ -559,7 +550,7 @@ Text clsXML::get_Block(TextView xsTagName, int16_t xiElement) {
       line = 4;
       start = tag.start;
       end = tag.end;
-      from = skip_end_tags_indexed(text, end, xiElement, block_end_tags_);
+      from = skip_end_tags(text, end, xiElement, block_end_tags_);
     }
     line = 5;
     block_memory_.position = 0;

@@ -151,11 +151,10 @@ class clsXML : public Object {
     if (text.size() < kIndexedSearchMinimum) return find_bytes(text, pattern, from);
     return index.find(text, pattern, buffer_->generation(), from);
   }
-  // skip_end_tags with the answer learnt in index.
-  size_t skip_end_tags_indexed(std::string_view text, std::string_view end_tag, int16_t element,
-                               EndTagIndex& index);
-  static size_t skip_end_tags(std::string_view text, std::string_view end_tag,
-                              int16_t element);  // 0-based start of the search
+  // Where a numbered search starts (0-based): just after element - 1 end tags, or at the
+  // top when there are fewer; learnt in index.
+  size_t skip_end_tags(std::string_view text, std::string_view end_tag, int16_t element,
+                       EndTagIndex& index);
   void replace_span(size_t from, size_t to, std::string_view replacement);
   // Prettify's writer of one element and, recursively, its children (DomNode comes
   // from xml/dom_document.h).
@@ -187,6 +186,7 @@ class clsXML : public Object {
   TagPatterns block_patterns_;
   EndTagIndex value_end_tags_;
   EndTagIndex block_end_tags_;
+  EndTagIndex edit_end_tags_;
   PatternIndex value_start_index_;
   PatternIndex value_end_index_;
   PatternIndex block_start_index_;

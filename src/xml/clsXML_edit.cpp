@@ -141,7 +141,8 @@ void clsXML::put_Block(const Text& xsTagName, int16_t xiElement, const Text& xsB
     const std::string start = "<" + name + ">";
     const std::string end = "</" + name + ">";
     line = 3;
-    const size_t s = find_bytes(text, start, skip_end_tags(text, end, xiElement));
+    const size_t s =
+        find_bytes(text, start, skip_end_tags(text, end, xiElement, edit_end_tags_));
     if (s == npos) return;
     const size_t e = find_bytes(text, end, s);
     if (e == npos) return;
@@ -162,7 +163,8 @@ void clsXML::put_Value(const Text& xsTagName, int16_t xiElement, const Text& xsV
     const std::string start = "<" + name + ">";
     const std::string end = "</" + name + ">";
     line = 3;
-    const size_t s = find_bytes(text, start, skip_end_tags(text, end, xiElement));
+    const size_t s =
+        find_bytes(text, start, skip_end_tags(text, end, xiElement, edit_end_tags_));
     if (s == npos) return;
     const size_t e = find_bytes(text, end, s);
     if (e == npos) return;
