@@ -9,28 +9,10 @@
 #include <string.h>
 #include <unistd.h>
 
+#include "host_checks.h"
 #include "vexqom.h"
 
-static int failures = 0;
-#define CHECK(cond)                                                              \
-  do {                                                                           \
-    if (!(cond)) {                                                               \
-      fprintf(stderr, "%s:%d: check failed: %s\n", __FILE__, __LINE__, #cond);   \
-      ++failures;                                                                \
-    }                                                                            \
-  } while (0)
-
 enum { MEMBER_NOT_FOUND = -2147352573 };
-
-static vq_value text_value(const char* s) {
-  vq_value v;
-  memset(&v, 0, sizeof v);
-  v.kind = VQ_TEXT;
-  v.text_len = strlen(s);
-  v.text = malloc(v.text_len + 1);
-  memcpy(v.text, s, v.text_len + 1);
-  return v;
-}
 
 static vq_value number_value(int32_t kind, int64_t i, double d) {
   vq_value v;
@@ -41,20 +23,7 @@ static vq_value number_value(int32_t kind, int64_t i, double d) {
   return v;
 }
 
-static vq_value object_value(vq_object* obj) {
-  vq_value v;
-  memset(&v, 0, sizeof v);
-  v.kind = VQ_OBJECT;
-  v.obj = obj;
-  if (obj) vq_addref(obj);
-  return v;
-}
 
-static int32_t dispid_of(vq_object* obj, const char* name) {
-  int32_t id = 0;
-  CHECK(vq_get_dispid(obj, name, &id) == 0);
-  return id;
-}
 
 static vq_object* create(const char* class_name) {
   char name[128];

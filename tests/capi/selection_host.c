@@ -6,16 +6,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "host_checks.h"
 #include "vexqom.h"
-
-static int failures = 0;
-#define CHECK(cond)                                                              \
-  do {                                                                           \
-    if (!(cond)) {                                                               \
-      fprintf(stderr, "%s:%d: check failed: %s\n", __FILE__, __LINE__, #cond);   \
-      ++failures;                                                                \
-    }                                                                            \
-  } while (0)
 
 static const char* kSelection =
     "<Items><XDocVersion>v2.20</XDocVersion><Count>3</Count><Collection>"
@@ -32,31 +24,6 @@ static const char* kSelection =
     "<QuantityToOrder>1</QuantityToOrder><Cost>10</Cost></Price></Collection></Prices></Item>"
     "</Collection><Vehicle><Year>2001</Year><Make>Ford</Make><Model>Taurus</Model></Vehicle>"
     "</Items>";
-
-static vq_value text_value(const char* s) {
-  vq_value v;
-  memset(&v, 0, sizeof v);
-  v.kind = VQ_TEXT;
-  v.text_len = strlen(s);
-  v.text = malloc(v.text_len + 1);
-  memcpy(v.text, s, v.text_len + 1);
-  return v;
-}
-
-static vq_value object_value(vq_object* obj) {
-  vq_value v;
-  memset(&v, 0, sizeof v);
-  v.kind = VQ_OBJECT;
-  v.obj = obj;
-  if (obj) vq_addref(obj);
-  return v;
-}
-
-static int32_t dispid_of(vq_object* obj, const char* name) {
-  int32_t id = 0;
-  CHECK(vq_get_dispid(obj, name, &id) == 0);
-  return id;
-}
 
 /* A Currency member read as value x 10000; -1 on failure. */
 static int64_t currency_of(vq_object* obj, const char* member, int32_t flags) {

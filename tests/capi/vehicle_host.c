@@ -4,32 +4,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "host_checks.h"
 #include "vexqom.h"
-
-static int failures = 0;
-#define CHECK(cond)                                                  \
-  do {                                                               \
-    if (!(cond)) {                                                   \
-      fprintf(stderr, "%s:%d: check failed: %s\n", __FILE__, __LINE__, #cond); \
-      ++failures;                                                    \
-    }                                                                \
-  } while (0)
-
-static vq_value text_value(const char* s) {
-  vq_value v;
-  memset(&v, 0, sizeof v);
-  v.kind = VQ_TEXT;
-  v.text_len = strlen(s);
-  v.text = malloc(v.text_len + 1);
-  memcpy(v.text, s, v.text_len + 1);
-  return v;
-}
-
-static int32_t dispid_of(vq_object* obj, const char* name) {
-  int32_t id = 0;
-  CHECK(vq_get_dispid(obj, name, &id) == 0);
-  return id;
-}
 
 static void set_text(vq_object* obj, const char* member, const char* value) {
   vq_value arg = text_value(value), result;
