@@ -13,6 +13,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -120,10 +121,14 @@ class CString : public Object {
   int32_t buffer_size_ = 0;
   int32_t length_ = 0;
   uint64_t generation_ = 0;
-  Text find_cache_text_;
-  std::string find_cache_bytes_;  // find_cache_text_ in the code page
-  int32_t find_table_[256] = {};
-  bool find_cache_valid_ = false;
+  // Find's skip table for the last pattern; made on the first Find, so that the many
+  // buffers that are never searched that way stay small.
+  struct FindCache {
+    Text text;
+    std::string bytes;  // text in the code page
+    int32_t table[256];
+  };
+  std::unique_ptr<FindCache> find_cache_;
 };
 
 }  // namespace vexqom

@@ -123,13 +123,7 @@ void clsXML::Clear(bool xbDestroyObject) {
     buffer_.reset();
     groups_.reset();
     // A new buffer starts its generations afresh.
-    value_end_tags_.valid = false;
-    block_end_tags_.valid = false;
-    edit_end_tags_.valid = false;
-    value_start_index_.forget();
-    value_end_index_.forget();
-    block_start_index_.forget();
-    block_end_index_.forget();
+    if (learnt_) learnt_->forget();
     line = 2;
     loaded_ = false;
     version_.clear();
@@ -153,7 +147,7 @@ void clsXML::Clear(bool xbDestroyObject) {
     line = 5;
     if (!xbDestroyObject) {
       line = 6;
-      header_template_ = u"<?xml {ver} {enc} ?>";
+      header_template_.reset();
       version_ = u"1.0";
       encoding_ = u"UTF-8";
       line = 7;
@@ -290,9 +284,25 @@ void clsXML::forget_search_memories() {
   block_memory_.element = 0;
 }
 
+void clsXML::LearntPositions::forget() {
+  value_end_tags.valid = false;
+  block_end_tags.valid = false;
+  edit_end_tags.valid = false;
+  value_start.forget();
+  value_end.forget();
+  block_start.forget();
+  block_end.forget();
+}
+
+clsXML::LearntPositions& clsXML::learnt() {
+  if (!learnt_) learnt_ = std::make_unique<LearntPositions>();
+  return *learnt_;
+}
+
 size_t clsXML::skip_end_tags(std::string_view text, std::string_view end_tag, int16_t element,
-                             EndTagIndex& index) {
+                             EndTagIndex LearntPositions::*which) {
   if (element <= 1) return 0;
+  EndTagIndex& index = learnt().*which;
   const uint64_t generation = buffer().generation();
   if (!index.valid || index.generation != generation || index.pattern != end_tag) {
     index.valid = true;
@@ -356,10 +366,12 @@ Text clsXML::ComposeDocument() {
 
   const Text version = version_.empty() ? Text() : u"version=" + str_Quoted(version_);
   const Text encoding = encoding_.empty() ? Text() : u"encoding=" + str_Quoted(encoding_);
-  replace_all(header_template_, u"{ver}", version);
-  replace_all(header_template_, u"{enc}", encoding);
+  Text& header = header_template_ ? *header_template_
+                                  : header_template_.emplace(u"<?xml {ver} {enc} ?>");
+  replace_all(header, u"{ver}", version);
+  replace_all(header, u"{enc}", encoding);
 
-  Text out = header_template_;
+  Text out = header;
   for (const Text* part : {&stylesheet_, &prefix_, &doctype_}) {
     if (!part->empty()) {
       out += *part;
@@ -506,16 +518,16 @@ Text clsXML::get_Value(TextView xsTagName, int16_t xiElement) {
       from = static_cast<size_t>(value_memory_.position) - 1;
     } else {
       line = 4;
-      from = skip_end_tags(text, tag.end, xiElement, value_end_tags_);
+      from = skip_end_tags(text, tag.end, xiElement, &LearntPositions::value_end_tags);
     }
     line = 5;
     value_memory_.position = 0;
     line = 6;
-    const size_t s = search(text, tag.start, from, value_start_index_);
+    const size_t s = search(text, tag.start, from, &LearntPositions::value_start);
     if (s == std::string_view::npos) return Text();
     const size_t value_begin = s + tag.start.size();
     line = 7;
-    const size_t e = search(text, tag.end, value_begin, value_end_index_);
+    const size_t e = search(text, tag.end, value_begin, &LearntPositions::value_end);
     if (e == std::string_view::npos) return Text();
     line = 8;
     value_memory_.position = static_cast<int32_t>(e + tag.end.size() + 1);
@@ -550,11 +562,11 @@ Text clsXML::get_Block(TextView xsTagName, int16_t xiElement) {
       line = 4;
       start = tag.start;
       end = tag.end;
-      from = skip_end_tags(text, end, xiElement, block_end_tags_);
+      from = skip_end_tags(text, end, xiElement, &LearntPositions::block_end_tags);
     }
     line = 5;
     block_memory_.position = 0;
-    size_t s = search(text, start, from, block_start_index_);
+    size_t s = search(text, start, from, &LearntPositions::block_start);
     line = 6;
     if (s == std::string_view::npos) {
       if (remembered) return Text();
@@ -564,7 +576,7 @@ Text clsXML::get_Block(TextView xsTagName, int16_t xiElement) {
       if (s == std::string_view::npos) return Text();
     }
     line = 8;
-    size_t e = search(text, end, s, block_end_index_);
+    size_t e = search(text, end, s, &LearntPositions::block_end);
     line = 9;
     if (e == std::string_view::npos) {
       if (remembered) return Text();

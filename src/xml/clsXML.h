@@ -6,7 +6,9 @@
 // converted between Text and the code page.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -145,16 +147,30 @@ class clsXML : public Object {
     size_t scanned = 0;       // where the search for the next one resumes
     bool exhausted = false;   // no further end tag
   };
-  // find_bytes on the buffer's text; large texts answer through what index has learnt.
+  // What the readers and editors have learnt about where tags lie in the buffer's text.
+  // Made on first need: most engines only build, or read a short text a few times.
+  struct LearntPositions {
+    EndTagIndex value_end_tags, block_end_tags, edit_end_tags;
+    PatternIndex value_start, value_end, block_start, block_end;
+    void forget();  // the buffer was replaced; the storage is kept
+  };
+  LearntPositions& learnt();
+  // find_bytes on the buffer's text. In a large text the next few kilobytes are searched
+  // first (a reader going through the elements in order finds the next one there); past
+  // them the given index answers, so a tag that is not there costs no pass per question.
   size_t search(std::string_view text, std::string_view pattern, size_t from,
-                PatternIndex& index) {
+                PatternIndex LearntPositions::*index) {
     if (text.size() < kIndexedSearchMinimum) return find_bytes(text, pattern, from);
-    return index.find(text, pattern, buffer_->generation(), from);
+    const size_t near_end = std::min(text.size(), from + kNearbySearch + pattern.size());
+    const size_t near = find_bytes(text.substr(0, near_end), pattern, from);
+    if (near != std::string_view::npos) return near;
+    return (learnt().*index).find(text, pattern, buffer_->generation(), from);
   }
+  static constexpr size_t kNearbySearch = 4096;
   // Where a numbered search starts (0-based): just after element - 1 end tags, or at the
   // top when there are fewer; learnt in index.
   size_t skip_end_tags(std::string_view text, std::string_view end_tag, int16_t element,
-                       EndTagIndex& index);
+                       EndTagIndex LearntPositions::*index);
   void replace_span(size_t from, size_t to, std::string_view replacement);
   // Prettify's writer of one element and, recursively, its children (DomNode comes
   // from xml/dom_document.h).
@@ -167,7 +183,9 @@ class clsXML : public Object {
   std::optional<std::vector<Text>> groups_;   // the group stack; absent after Clear(true)
   int32_t group_counter_ = 0;
   bool loaded_ = false;
-  Text header_template_ = u"<?xml {ver} {enc} ?>";
+  // The declaration template, filled in place by the first document composed; absent
+  // while it is still the default "<?xml {ver} {enc} ?>" (no allocation per engine).
+  std::optional<Text> header_template_;
   Text version_ = u"1.0";
   Text encoding_ = u"UTF-8";
   Text stylesheet_, doctype_, prefix_, suffix_;
@@ -184,13 +202,7 @@ class clsXML : public Object {
   SearchMemory block_memory_;
   TagPatterns value_patterns_;
   TagPatterns block_patterns_;
-  EndTagIndex value_end_tags_;
-  EndTagIndex block_end_tags_;
-  EndTagIndex edit_end_tags_;
-  PatternIndex value_start_index_;
-  PatternIndex value_end_index_;
-  PatternIndex block_start_index_;
-  PatternIndex block_end_index_;
+  std::unique_ptr<LearntPositions> learnt_;
   ErrorState errors_;
   std::string scratch_;  // reused by the builder, so a warm Add allocates nothing
 };

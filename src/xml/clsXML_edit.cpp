@@ -141,8 +141,8 @@ void clsXML::put_Block(const Text& xsTagName, int16_t xiElement, const Text& xsB
     const std::string start = "<" + name + ">";
     const std::string end = "</" + name + ">";
     line = 3;
-    const size_t s =
-        find_bytes(text, start, skip_end_tags(text, end, xiElement, edit_end_tags_));
+    const size_t from = skip_end_tags(text, end, xiElement, &LearntPositions::edit_end_tags);
+    const size_t s = find_bytes(text, start, from);
     if (s == npos) return;
     const size_t e = find_bytes(text, end, s);
     if (e == npos) return;
@@ -163,8 +163,8 @@ void clsXML::put_Value(const Text& xsTagName, int16_t xiElement, const Text& xsV
     const std::string start = "<" + name + ">";
     const std::string end = "</" + name + ">";
     line = 3;
-    const size_t s =
-        find_bytes(text, start, skip_end_tags(text, end, xiElement, edit_end_tags_));
+    const size_t from = skip_end_tags(text, end, xiElement, &LearntPositions::edit_end_tags);
+    const size_t s = find_bytes(text, start, from);
     if (s == npos) return;
     const size_t e = find_bytes(text, end, s);
     if (e == npos) return;
