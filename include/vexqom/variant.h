@@ -97,6 +97,9 @@ VEXQOM_API int32_t round_to_long(double v);
 // The whole text is a number in the standard sense (optional blanks and sign, digits
 // with an optional "." and exponent, or &H/&O). Sets *value when given.
 VEXQOM_API bool is_numeric_text(TextView text, double* value = nullptr);
+// is_numeric_text with the value 0 ("0", " -0.00 ", "&H0", "1E-400"). Plain decimals are
+// told from their digits, without converting them.
+VEXQOM_API bool is_zero_number_text(TextView text);
 
 // Coercions the way a dispatch client expects them (errors 13, 6, 94).
 VEXQOM_API double coerce_to_double(const Variant& v);

@@ -355,6 +355,26 @@ bool is_numeric_text(TextView text, double* value) {
   return true;
 }
 
+bool is_zero_number_text(TextView text) {
+  const TextView s = trim_blanks_and_tabs(text);
+  if (s.empty()) return false;
+  const char16_t c = s.front();
+  if (!(is_digit(c) || c == u'+' || c == u'-' || c == u'.' || c == u'&')) return false;
+  const NumberScan n = scan_number(s);
+  if (n.length == 0 || n.length != s.size()) return false;
+  if (!n.radix && n.exp_end == n.exp_begin) {
+    for (std::size_t i = n.int_begin; i < n.int_end; ++i) {
+      if (s[i] != u'0') return false;  // at least 1
+    }
+    std::size_t i = n.frac_begin;
+    while (i < n.frac_end && s[i] == u'0') ++i;
+    if (i == n.frac_end) return true;  // every digit 0
+    // At least 1E-300, far above the smallest double; more zeros need the conversion.
+    if (i - n.frac_begin < 300) return false;
+  }
+  return scanned_value(s, n) == 0;
+}
+
 double coerce_to_double(const Variant& v) {
   switch (v.type()) {
     case VarType::kEmpty: return 0.0;

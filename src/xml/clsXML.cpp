@@ -224,7 +224,13 @@ void clsXML::TagPatterns::set(TextView tag) {
     b = long_end_.data();
   }
   a[0] = '<';
-  encode_code_page(tag, a + 1);
+  // Tag names are short and ASCII: narrowed here without the general conversion's call.
+  size_t ascii = 0;
+  while (ascii < n && tag[ascii] < 0x80) {
+    a[ascii + 1] = static_cast<char>(tag[ascii]);
+    ++ascii;
+  }
+  if (ascii < n) encode_code_page(tag.substr(ascii), a + 1 + ascii);
   a[n + 1] = '>';
   b[0] = '<';
   b[1] = '/';
@@ -401,8 +407,7 @@ void clsXML::Add(TextView xsTagNam, TextView xsStrVal, bool xbNewGroup, bool xbE
       line = 4;
       if (xsStrVal.empty()) return;
       line = 5;
-      double number = 0;
-      if (zero_suppress_ && is_numeric_text(xsStrVal, &number) && number == 0) return;
+      if (zero_suppress_ && is_zero_number_text(xsStrVal)) return;
     }
     line = 6;
     CString& buf = buffer();
@@ -410,7 +415,9 @@ void clsXML::Add(TextView xsTagNam, TextView xsStrVal, bool xbNewGroup, bool xbE
     out.clear();
     append_indentation(out, level_);
     out += '<';
+    const size_t tag_start = out.size();
     append_code_page(out, xsTagNam);
+    const size_t tag_size = out.size() - tag_start;
     out += '>';
     line = 7;
     const size_t value_start = out.size();
@@ -419,7 +426,7 @@ void clsXML::Add(TextView xsTagNam, TextView xsStrVal, bool xbNewGroup, bool xbE
     line = 8;
     if (!xbNewGroup) {
       out += "</";
-      append_code_page(out, xsTagNam);
+      out.append(out, tag_start, tag_size);  // the name's bytes once more
       out += '>';
     }
     if (formatted_) out += kCrLf;

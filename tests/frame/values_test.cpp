@@ -5,9 +5,11 @@
 #include <cstdlib>
 #include <limits>
 #include <new>
+#include <random>
 #include <set>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 #include "vexqom/currency.h"
 #include "vexqom/error.h"
@@ -193,6 +195,37 @@ TEST(ValuesNumbers, LeadingNumberAndNumericText) {
   EXPECT_EQ(v, 99);
   EXPECT_TRUE(is_numeric_text(u" -1.5E-3 ", &v));
   EXPECT_EQ(v, -0.0015);
+}
+
+// The zero test used by zero suppression decides plain decimals from their digits; it
+// must answer exactly as converting them would, also for fractions too small for a double.
+TEST(ValuesNumbers, ZeroNumberTextAgreesWithTheConvertedValue) {
+  auto converted_zero = [](const Text& t) {
+    double v = 1;
+    return is_numeric_text(t, &v) && v == 0;
+  };
+  std::vector<Text> texts = {u"0",       u"00",    u"0.00", u"-0",  u" 0 ",  u"\t-.0\t",
+                             u"0.",      u"+0",    u"0A",   u"",    u"0.001", u"10",
+                             u"&H0",     u"&O0",   u"&H10", u"0E5", u"1E-400", u"-1D-999",
+                             u"0e",      u"- 0",   u"00.000100", u"1e400"};
+  const Text deep = u"0." + Text(299, u'0') + u"1";   // 1E-300: a double
+  const Text deeper = u"0." + Text(330, u'0') + u"1";  // below the smallest double: 0
+  texts.insert(texts.end(), {deep, deeper, u"-" + deeper, Text(400, u'0') + u".0"});
+  std::mt19937 random(7);
+  const char16_t pieces[] = u"000000123.-+eE &";
+  for (int i = 0; i < 2000; ++i) {
+    Text t;
+    for (int k = static_cast<int>(random() % 7); k >= 0; --k) t += pieces[random() % 16];
+    texts.push_back(t);
+  }
+  int zeros = 0;
+  for (const Text& t : texts) {
+    EXPECT_EQ(is_zero_number_text(t), converted_zero(t)) << to_utf8(t);
+    zeros += converted_zero(t);
+  }
+  EXPECT_GT(zeros, 100);  // the random texts reach the zero answers, not only the others
+  EXPECT_FALSE(is_zero_number_text(deep));
+  EXPECT_TRUE(is_zero_number_text(deeper));
 }
 
 TEST(ValuesVariant, KindsAndText) {
