@@ -343,25 +343,34 @@ int32_t round_to_long(double v) {
   return static_cast<int32_t>(r);
 }
 
-bool is_numeric_text(TextView text, double* value) {
-  const TextView s = trim_blanks_and_tabs(text);
+namespace {
+
+// Whether the whole text, blanks and tabs around it aside, is a number: then s holds the
+// trimmed text and n its shape.
+bool scan_whole_number(TextView text, TextView& s, NumberScan& n) {
+  s = trim_blanks_and_tabs(text);
   if (s.empty()) return false;
   // Every number starts with a digit, a sign, a point or "&": words are ruled out at once.
   const char16_t c = s.front();
   if (!(is_digit(c) || c == u'+' || c == u'-' || c == u'.' || c == u'&')) return false;
-  const NumberScan n = scan_number(s);
-  if (n.length == 0 || n.length != s.size()) return false;
+  n = scan_number(s);
+  return n.length != 0 && n.length == s.size();
+}
+
+}  // namespace
+
+bool is_numeric_text(TextView text, double* value) {
+  TextView s;
+  NumberScan n;
+  if (!scan_whole_number(text, s, n)) return false;
   if (value) *value = scanned_value(s, n);
   return true;
 }
 
 bool is_zero_number_text(TextView text) {
-  const TextView s = trim_blanks_and_tabs(text);
-  if (s.empty()) return false;
-  const char16_t c = s.front();
-  if (!(is_digit(c) || c == u'+' || c == u'-' || c == u'.' || c == u'&')) return false;
-  const NumberScan n = scan_number(s);
-  if (n.length == 0 || n.length != s.size()) return false;
+  TextView s;
+  NumberScan n;
+  if (!scan_whole_number(text, s, n)) return false;
   if (!n.radix && n.exp_end == n.exp_begin) {
     for (std::size_t i = n.int_begin; i < n.int_end; ++i) {
       if (s[i] != u'0') return false;  // at least 1
