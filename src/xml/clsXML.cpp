@@ -7,6 +7,7 @@
 #include <cstring>
 #include <limits>
 
+#include "frame/ascii_runs.h"
 #include "frame/class_info.h"
 #include "frame/procedure.h"
 #include "frame/text_procedures.h"
@@ -225,11 +226,7 @@ void clsXML::TagPatterns::set(TextView tag) {
   }
   a[0] = '<';
   // Tag names are short and ASCII: narrowed here without the general conversion's call.
-  size_t ascii = 0;
-  while (ascii < n && tag[ascii] < 0x80) {
-    a[ascii + 1] = static_cast<char>(tag[ascii]);
-    ++ascii;
-  }
+  const size_t ascii = narrow_ascii_run(tag.data(), n, a + 1);
   if (ascii < n) encode_code_page(tag.substr(ascii), a + 1 + ascii);
   a[n + 1] = '>';
   b[0] = '<';
