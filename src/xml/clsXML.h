@@ -57,6 +57,13 @@ class clsXML : public Object {
   // ---- Builder ----
   void Add(TextView xsTagNam, TextView xsStrVal, bool xbNewGroup = false,
            bool xbEndGroup = false);
+  // Tag names given as literals, their length known when compiling (a char16_t literal's
+  // length is otherwise counted on every call).
+  template <size_t N>
+  void Add(const char16_t (&xsTagNam)[N], TextView xsStrVal, bool xbNewGroup = false,
+           bool xbEndGroup = false) {
+    Add(TextView(xsTagNam, N - 1), xsStrVal, xbNewGroup, xbEndGroup);
+  }
   void AddAttrVal(const Text& xsTagNam, const Text& xsAttr, const Text& xsVal,
                   bool xbNewGroup = false);
   void AddXML(const Text& xsXML);
@@ -71,8 +78,16 @@ class clsXML : public Object {
 
   // ---- Readers and editors ----
   Text get_Value(TextView xsTagName, int16_t xiElement = 0);
+  template <size_t N>
+  Text get_Value(const char16_t (&xsTagName)[N], int16_t xiElement = 0) {
+    return get_Value(TextView(xsTagName, N - 1), xiElement);
+  }
   void put_Value(const Text& xsTagName, int16_t xiElement, const Text& xsValue);
   Text get_Block(TextView xsTagName, int16_t xiElement = 0);
+  template <size_t N>
+  Text get_Block(const char16_t (&xsTagName)[N], int16_t xiElement = 0) {
+    return get_Block(TextView(xsTagName, N - 1), xiElement);
+  }
   void put_Block(const Text& xsTagName, int16_t xiElement, const Text& xsBlock);
   Text get_Attrib(const Text& xsTag, const Text& xsAttr);
   void put_Attrib(const Text& xsTag, const Text& xsAttr, const Text& xsValue);
