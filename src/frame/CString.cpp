@@ -320,6 +320,15 @@ CString& CString::Append(TextView text) {
 
 CString& CString::Append(const CString& other) { return AppendBytes(other.bytes()); }
 
+char* CString::AppendSpace(size_t count) {
+  ++generation_;
+  const int32_t newLength = checked_sum(length_, count);
+  ensure_size(newLength);
+  char* at = data_.data() + length_;
+  length_ = newLength;
+  return at;
+}
+
 CString& CString::AppendBytes(std::string_view bytes_in) {
   ++generation_;
   if (bytes_in.empty()) return *this;

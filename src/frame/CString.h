@@ -87,6 +87,9 @@ class CString : public Object {
   CString& Append(const char16_t* text) { return Append(TextView(text)); }
   CString& Append(const CString& other);
   CString& AppendBytes(std::string_view bytes);
+  // Lengthens the text by count bytes and returns where they start, for a writer that
+  // fills every one of them (before anything else touches the buffer).
+  char* AppendSpace(size_t count);
 
   // Boyer-Moore-Horspool with a table cached per instance. StartPos missing or below 1
   // starts at 1; an empty Search gives 0.

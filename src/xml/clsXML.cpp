@@ -41,21 +41,37 @@ const char* entity_for(char c) {
   }
 }
 
-// Escapes out[from..] in place. Ampersands are replaced in the same single pass as the
-// rest, which equals replacing them first: a replacement adds no character that would be
-// escaped again, other than the ampersand it starts with.
-void escape_tail(std::string& out, size_t from) {
-  size_t first = out.find_first_of("&<>'\"", from);
-  if (first == std::string::npos) return;
-  std::string tail = out.substr(first);
-  out.resize(first);
-  for (char c : tail) {
-    if (const char* entity = entity_for(c)) {
-      out += entity;
-    } else {
-      out += c;
+// The bytes escaping adds to a value: each special character becomes its entity. The
+// code page maps no other character to these five bytes, so they are found in the Text.
+size_t escaped_extra(TextView value) {
+  size_t extra = 0;
+  for (char16_t c : value) {
+    switch (c) {
+      case u'&': extra += 4; break;
+      case u'<': case u'>': extra += 3; break;
+      case u'\'': case u'"': extra += 5; break;
+      default: break;
     }
   }
+  return extra;
+}
+
+// Writes value in the code page with its special characters as entities; returns the end.
+char* encode_escaped(TextView value, char* out) {
+  size_t run = 0;  // start of the characters not written yet
+  for (size_t i = 0; i < value.size(); ++i) {
+    const char16_t c = value[i];
+    const char* entity = c < 0x80 ? entity_for(static_cast<char>(c)) : nullptr;
+    if (entity == nullptr) continue;
+    encode_code_page(value.substr(run, i - run), out);
+    out += i - run;
+    const size_t n = std::strlen(entity);
+    std::memcpy(out, entity, n);
+    out += n;
+    run = i + 1;
+  }
+  encode_code_page(value.substr(run), out);
+  return out + (value.size() - run);
 }
 
 void replace_all(Text& text, TextView what, TextView with) {
@@ -261,9 +277,13 @@ Text clsXML::indentation_for_level(int16_t level) const {
   return IndentText(checked16(int32_t{checked16(int32_t{level} - 1)} * indent_));
 }
 
-void clsXML::append_indentation(std::string& out, int16_t level) const {
+size_t clsXML::indentation_width(int16_t level) const {
   const int16_t count = checked16(int32_t{checked16(int32_t{level} - 1)} * indent_);
-  if (formatted_ && count > 0) out.append(static_cast<size_t>(count), ' ');
+  return formatted_ && count > 0 ? static_cast<size_t>(count) : 0;
+}
+
+void clsXML::append_indentation(std::string& out, int16_t level) const {
+  out.append(indentation_width(level), ' ');
 }
 
 void clsXML::close_innermost_group(int16_t indent_level) {
@@ -408,26 +428,40 @@ void clsXML::Add(TextView xsTagNam, TextView xsStrVal, bool xbNewGroup, bool xbE
     }
     line = 6;
     CString& buf = buffer();
-    std::string& out = scratch_;
-    out.clear();
-    append_indentation(out, level_);
-    out += '<';
-    const size_t tag_start = out.size();
-    append_code_page(out, xsTagNam);
-    const size_t tag_size = out.size() - tag_start;
-    out += '>';
+    const size_t indent = indentation_width(level_);
     line = 7;
-    const size_t value_start = out.size();
-    append_code_page(out, xsStrVal);
-    if (validate_ && !looks_like_xml(xsStrVal)) escape_tail(out, value_start);
+    // The element is written straight into the buffer: its size is known beforehand.
+    const bool escaped = validate_ && !looks_like_xml(xsStrVal);
+    const size_t tag_size = xsTagNam.size();
+    const size_t value_size = xsStrVal.size() + (escaped ? escaped_extra(xsStrVal) : 0);
+    const size_t end_tag_size = xbNewGroup ? 0 : tag_size + 3;
+    const size_t size = indent + tag_size + 2 + value_size + end_tag_size + (formatted_ ? 2 : 0);
     line = 8;
-    if (!xbNewGroup) {
-      out += "</";
-      out.append(out, tag_start, tag_size);  // the name's bytes once more
-      out += '>';
+    char* out = buf.AppendSpace(size);
+    std::memset(out, ' ', indent);
+    out += indent;
+    *out++ = '<';
+    const char* tag_bytes = out;
+    encode_code_page(xsTagNam, out);
+    out += tag_size;
+    *out++ = '>';
+    if (escaped) {
+      out = encode_escaped(xsStrVal, out);
+    } else {
+      encode_code_page(xsStrVal, out);
+      out += xsStrVal.size();
     }
-    if (formatted_) out += kCrLf;
-    buf.AppendBytes(out);
+    if (!xbNewGroup) {
+      *out++ = '<';
+      *out++ = '/';
+      std::memcpy(out, tag_bytes, tag_size);  // the name's bytes once more
+      out += tag_size;
+      *out++ = '>';
+    }
+    if (formatted_) {
+      *out++ = '\r';
+      *out++ = '\n';
+    }
     line = 9;
     if (xbNewGroup) level_ = checked16(int32_t{level_} + 1);
     line = 10;

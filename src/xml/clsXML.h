@@ -149,7 +149,8 @@ class clsXML : public Object {
   // Converted once per call: the pattern bytes of a tag.
   static std::string code_page_bytes(const Text& text);
   // Byte-level helpers shared by the readers and the editors.
-  void append_indentation(std::string& out, int16_t level) const;  // 16-bit product, error 6
+  size_t indentation_width(int16_t level) const;  // 16-bit product, error 6
+  void append_indentation(std::string& out, int16_t level) const;
   // What a reader has learnt about where the end tags of one name lie: the positions
   // just after the first, second... of them, found as far as asked so far. A document
   // whose "Count" exceeds its elements makes the readers count end tags from the top
@@ -219,7 +220,6 @@ class clsXML : public Object {
   TagPatterns block_patterns_;
   std::unique_ptr<LearntPositions> learnt_;
   ErrorState errors_;
-  std::string scratch_;  // reused by the builder, so a warm Add allocates nothing
 };
 
 }  // namespace vexqom

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
 #include <string>
 
 #include "support/log_folder.h"
@@ -95,6 +97,36 @@ TEST(XmlEngine, EscapingRoundTrips) {
   EXPECT_EQ(u8(clsXML::GetFieldValue(u"<a>&amp;</a>")), "<a>&</a>");
   EXPECT_EQ(u8(clsXML::UnescapeText(u"<a>&amp;</a>")), "<a>&amp;</a>");
   EXPECT_EQ(u8(clsXML::EscapeValue(u"<")), "&lt;");
+}
+
+// Add writes each element straight into the buffer; it must equal the element composed
+// from the Text-level escaper, for values mixing entities, code page letters, letters
+// outside it and ASCII runs of every length, formatted and not, escaped and not.
+TEST(XmlEngine, AddWritesWhatTheTextEscaperComposes) {
+  std::mt19937 random(3);
+  const Text alphabet = u"ab<>&'\"\u00e9\u4e2d 0123456789xyzXYZ";
+  for (int round = 0; round < 300; ++round) {
+    Text value;
+    for (int k = static_cast<int>(random() % 40); k > 0; --k) {
+      value += alphabet[random() % alphabet.size()];
+    }
+    if (round % 7 == 0) value = u"<" + value + u">";  // itself XML: written as it is
+    const bool formatted = round % 2 == 0;
+    const bool validate = round % 3 != 0;
+    Ref<clsXML> x = snippet();
+    x->put_Formatted(formatted);
+    x->put_validate(validate);
+    x->Add(u"Group", u"", true);
+    x->Add(u"T\u00e9g", value);
+    const bool as_is =
+        !validate || (!value.empty() && value.front() == u'<' && value.back() == u'>');
+    const Text element =
+        u"<T\u00e9g>" + (as_is ? value : clsXML::EscapeValue(value)) + u"</T\u00e9g>";
+    const Text expected = formatted ? u"<Group>\r\n    " + element + u"\r\n" : u"<Group>" + element;
+    Text built = x->get_XML();
+    built.resize(std::min(built.size(), expected.size()));  // the group's end tag aside
+    ASSERT_EQ(u8(built), u8(from_code_page(to_code_page(expected)))) << u8(value);
+  }
 }
 
 TEST(XmlEngine, DeclarationAndSurroundingLines) {
