@@ -141,6 +141,8 @@ void clsXML::Clear(bool xbDestroyObject) {
     groups_.reset();
     // A new buffer starts its generations afresh.
     if (learnt_) learnt_->forget();
+    tag_filter_.forget();
+    searches_ = 0;
     line = 2;
     loaded_ = false;
     version_.clear();
@@ -320,6 +322,20 @@ void clsXML::LearntPositions::forget() {
 clsXML::LearntPositions& clsXML::learnt() {
   if (!learnt_) learnt_ = std::make_unique<LearntPositions>();
   return *learnt_;
+}
+
+bool clsXML::may_hold(std::string_view text, std::string_view pattern) {
+  if (text.size() < kTagFilterMinimum) return true;
+  const uint64_t generation = buffer_->generation();
+  if (!tag_filter_.built_for(generation)) {
+    if (searched_generation_ != generation) {
+      searched_generation_ = generation;
+      searches_ = 0;
+    }
+    if (++searches_ < kSearchesBeforeTagFilter) return true;
+    tag_filter_.build(text, generation);
+  }
+  return tag_filter_.may_hold(pattern);
 }
 
 size_t clsXML::skip_end_tags(std::string_view text, std::string_view end_tag, int16_t element,

@@ -20,6 +20,7 @@
 #include "vexqom/text.h"
 #include "xml/byte_search.h"
 #include "xml/pattern_index.h"
+#include "xml/tag_filter.h"
 
 namespace vexqom {
 
@@ -176,13 +177,21 @@ class clsXML : public Object {
   // them the given index answers, so a tag that is not there costs no pass per question.
   size_t search(std::string_view text, std::string_view pattern, size_t from,
                 PatternIndex LearntPositions::*index) {
-    if (text.size() < kIndexedSearchMinimum) return find_bytes(text, pattern, from);
+    if (text.size() < kIndexedSearchMinimum) {
+      if (!may_hold(text, pattern)) return std::string_view::npos;
+      return find_bytes(text, pattern, from);
+    }
     const size_t near_end = std::min(text.size(), from + kNearbySearch + pattern.size());
     const size_t near = find_bytes(text.substr(0, near_end), pattern, from);
     if (near != std::string_view::npos) return near;
     return (learnt().*index).find(text, pattern, buffer_->generation(), from);
   }
   static constexpr size_t kNearbySearch = 4096;
+  // False when the small text certainly lacks the tag pattern. A text searched this many
+  // times in one state is filtered first (a few searches cost less than the filter).
+  bool may_hold(std::string_view text, std::string_view pattern);
+  static constexpr size_t kTagFilterMinimum = 64;
+  static constexpr uint32_t kSearchesBeforeTagFilter = 2;
   // Where a numbered search starts (0-based): just after element - 1 end tags, or at the
   // top when there are fewer; learnt in index.
   size_t skip_end_tags(std::string_view text, std::string_view end_tag, int16_t element,
@@ -219,6 +228,9 @@ class clsXML : public Object {
   TagPatterns value_patterns_;
   TagPatterns block_patterns_;
   std::unique_ptr<LearntPositions> learnt_;
+  TagFilter tag_filter_;
+  uint64_t searched_generation_ = 0;  // of the buffer, when searches_ were counted
+  uint32_t searches_ = 0;             // of the buffer's text in that state
   ErrorState errors_;
 };
 

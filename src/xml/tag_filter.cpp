@@ -1,0 +1,66 @@
+#include "xml/tag_filter.h"
+
+#include <algorithm>
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace vexqom {
+
+void TagFilter::note_tag(std::string_view text, size_t open, size_t close) {
+  const size_t length = close - open - 1;
+  if (length == 0) return;  // "<>": never asked (may_hold does not filter it)
+  const auto first = static_cast<unsigned char>(text[open + 1]);
+  lengths_[first & 63] |= uint64_t{1} << (length & 63);
+}
+
+void TagFilter::build(std::string_view text, uint64_t generation) {
+  std::fill(std::begin(lengths_), std::end(lengths_), 0);
+  // Every "<" waiting for its ">": the next ">" closes all of them.
+  size_t waiting[64];
+  size_t waiting_count = 0;
+  bool overflowed = false;
+  auto visit = [&](size_t at) {
+    if (text[at] == '<') {
+      if (waiting_count < 64) {
+        waiting[waiting_count++] = at;
+      } else {
+        overflowed = true;
+      }
+      return;
+    }
+    for (size_t i = 0; i < waiting_count; ++i) note_tag(text, waiting[i], at);
+    waiting_count = 0;
+  };
+  const char* s = text.data();
+  size_t i = 0;
+#if defined(__SSE2__)
+  const __m128i open = _mm_set1_epi8('<');
+  const __m128i close = _mm_set1_epi8('>');
+  for (; i + 16 <= text.size() && !overflowed; i += 16) {
+    const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
+    auto mask = static_cast<unsigned>(_mm_movemask_epi8(
+        _mm_or_si128(_mm_cmpeq_epi8(chunk, open), _mm_cmpeq_epi8(chunk, close))));
+    for (; mask != 0; mask &= mask - 1) visit(i + static_cast<size_t>(__builtin_ctz(mask)));
+  }
+#endif
+  for (; i < text.size() && !overflowed; ++i) {
+    if (s[i] == '<' || s[i] == '>') visit(i);
+  }
+  // Sixty-four "<" in a row without a ">" is no record: such a text is not filtered.
+  usable_ = !overflowed;
+  valid_ = true;
+  generation_ = generation;
+}
+
+bool TagFilter::may_hold(std::string_view pattern) const {
+  if (!usable_ || pattern.size() < 3 || pattern.front() != '<' || pattern.back() != '>') return true;
+  const std::string_view name = pattern.substr(1, pattern.size() - 2);
+  if (std::memchr(name.data(), '>', name.size()) != nullptr) return true;
+  const auto first = static_cast<unsigned char>(name.front());
+  return (lengths_[first & 63] >> (name.size() & 63)) & 1;
+}
+
+}  // namespace vexqom
