@@ -115,8 +115,12 @@ void CString::materialize(size_t count) {
 Text CString::get_Value() const { return from_code_page(bytes()); }
 
 void CString::put_Value(TextView newValue) {
-  std::string b = to_code_page(newValue);
-  SetFromPointer(b.data(), checked_length(b.size()));
+  // Converted straight into the storage: no second copy of a large text.
+  ++generation_;
+  const int32_t count = checked_length(newValue.size());
+  ensure_size(count);
+  encode_code_page(newValue, data_.data());
+  length_ = count;
 }
 
 const char* CString::StrPtr() {
