@@ -4,6 +4,7 @@
 // search runs on buffer().bytes() in place.
 #include "xml/clsXML.h"
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 
@@ -322,6 +323,18 @@ void clsXML::LearntPositions::forget() {
 clsXML::LearntPositions& clsXML::learnt() {
   if (!learnt_) learnt_ = std::make_unique<LearntPositions>();
   return *learnt_;
+}
+
+size_t clsXML::search(std::string_view text, std::string_view pattern, size_t from,
+                      PatternIndex LearntPositions::*index) {
+  if (text.size() < kIndexedSearchMinimum) {
+    if (!may_hold(text, pattern)) return std::string_view::npos;
+    return find_bytes(text, pattern, from);
+  }
+  const size_t near_end = std::min(text.size(), from + kNearbySearch + pattern.size());
+  const size_t near = find_bytes(text.substr(0, near_end), pattern, from);
+  if (near != std::string_view::npos) return near;
+  return (learnt().*index).find(text, pattern, buffer_->generation(), from);
 }
 
 bool clsXML::may_hold(std::string_view text, std::string_view pattern) {

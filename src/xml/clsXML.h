@@ -6,7 +6,6 @@
 // converted between Text and the code page.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -176,16 +175,7 @@ class clsXML : public Object {
   // first (a reader going through the elements in order finds the next one there); past
   // them the given index answers, so a tag that is not there costs no pass per question.
   size_t search(std::string_view text, std::string_view pattern, size_t from,
-                PatternIndex LearntPositions::*index) {
-    if (text.size() < kIndexedSearchMinimum) {
-      if (!may_hold(text, pattern)) return std::string_view::npos;
-      return find_bytes(text, pattern, from);
-    }
-    const size_t near_end = std::min(text.size(), from + kNearbySearch + pattern.size());
-    const size_t near = find_bytes(text.substr(0, near_end), pattern, from);
-    if (near != std::string_view::npos) return near;
-    return (learnt().*index).find(text, pattern, buffer_->generation(), from);
-  }
+                PatternIndex LearntPositions::*index);
   static constexpr size_t kNearbySearch = 4096;
   // False when the small text certainly lacks the tag pattern. A text searched this many
   // times in one state is filtered first (a few searches cost less than the filter).
