@@ -23,8 +23,22 @@
 
 namespace vexqom {
 
-#if defined(VEXQOM_WIDE_SEARCH)
 namespace byte_search_detail {
+
+// Of the candidates i + b for the set bits b of mask, the first where the whole pattern
+// lies; npos when none.
+inline size_t first_full_match(const char* s, size_t n, std::string_view pattern, size_t i,
+                               unsigned mask) {
+  for (; mask != 0; mask &= mask - 1) {
+    const size_t at = i + static_cast<size_t>(__builtin_ctz(mask));
+    if (at + pattern.size() <= n && memcmp(s + at, pattern.data(), pattern.size()) == 0) {
+      return at;
+    }
+  }
+  return std::string_view::npos;
+}
+
+#if defined(VEXQOM_WIDE_SEARCH)
 
 inline bool cpu_has_avx2() {
   static const bool has = __builtin_cpu_supports("avx2");
@@ -44,19 +58,16 @@ __attribute__((target("avx2"))) inline size_t find_bytes_avx2(const char* s, siz
   for (; i + k2 + 32 <= n; i += 32) {
     const __m256i c1 = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + i + k1));
     const __m256i c2 = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + i + k2));
-    auto mask = static_cast<unsigned>(_mm256_movemask_epi8(
+    const auto mask = static_cast<unsigned>(_mm256_movemask_epi8(
         _mm256_and_si256(_mm256_cmpeq_epi8(c1, b1), _mm256_cmpeq_epi8(c2, b2))));
-    while (mask != 0) {
-      const size_t at = i + static_cast<size_t>(__builtin_ctz(mask));
-      if (at + m <= n && memcmp(s + at, pattern.data(), m) == 0) return at;
-      mask &= mask - 1;
-    }
+    const size_t at = first_full_match(s, n, pattern, i, mask);
+    if (at != std::string_view::npos) return at;
   }
   return std::string_view::npos;
 }
+#endif
 
 }  // namespace byte_search_detail
-#endif
 
 // Position of the first occurrence of pattern at or after from; npos when none. An empty
 // pattern is found at from (when from lies inside the text), as std::string_view::find.
@@ -85,13 +96,10 @@ inline size_t find_bytes(std::string_view text, std::string_view pattern, size_t
     for (; i + k2 + 16 <= n; i += 16) {
       const __m128i c1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i + k1));
       const __m128i c2 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i + k2));
-      unsigned mask = static_cast<unsigned>(
+      const auto mask = static_cast<unsigned>(
           _mm_movemask_epi8(_mm_and_si128(_mm_cmpeq_epi8(c1, b1), _mm_cmpeq_epi8(c2, b2))));
-      while (mask != 0) {
-        const size_t at = i + static_cast<size_t>(__builtin_ctz(mask));
-        if (at + m <= n && memcmp(s + at, pattern.data(), m) == 0) return at;
-        mask &= mask - 1;
-      }
+      const size_t at = byte_search_detail::first_full_match(s, n, pattern, i, mask);
+      if (at != npos) return at;
     }
     if (i > n - m) return npos;
   }

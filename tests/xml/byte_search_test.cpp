@@ -5,6 +5,7 @@
 #include <random>
 #include <string>
 
+#include "support/random_text.h"
 #include "xml/byte_search.h"
 
 namespace vexqom {
@@ -12,12 +13,7 @@ namespace {
 
 TEST(ByteSearchTest, AgreesWithTheStandardSearchAtEveryStart) {
   std::mt19937 random(11);
-  const char alphabet[] = "<>/ab";
-  auto random_text = [&](size_t size) {
-    std::string text(size, ' ');
-    for (char& c : text) c = alphabet[random() % 5];
-    return text;
-  };
+  auto random_text = [&](size_t size) { return testing::random_text(random, "<>/ab", size); };
   size_t found = 0;
   for (int round = 0; round < 400; ++round) {
     const std::string text = random_text(random() % 200);

@@ -7,6 +7,7 @@
 #include <random>
 #include <string>
 
+#include "support/random_text.h"
 #include "xml/byte_search.h"
 
 namespace vexqom {
@@ -14,12 +15,7 @@ namespace {
 
 TEST(TagFilterTest, RulesOutOnlyPatternsTheTextDoesNotHold) {
   std::mt19937 random(5);
-  const char alphabet[] = "<>/abAB";
-  auto random_text = [&](size_t size) {
-    std::string text(size, ' ');
-    for (char& c : text) c = alphabet[random() % 7];
-    return text;
-  };
+  auto random_text = [&](size_t size) { return testing::random_text(random, "<>/abAB", size); };
   size_t ruled_out = 0;
   size_t absent = 0;
   for (int round = 0; round < 300; ++round) {
