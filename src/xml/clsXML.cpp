@@ -236,25 +236,33 @@ std::string clsXML::code_page_bytes(const Text& text) { return to_code_page(text
 void clsXML::TagPatterns::set(TextView tag) {
   const size_t n = tag.size();
   char* a = start_bytes_;
-  char* b = end_bytes_;
   if (n > kInline) {
     long_start_.resize(n + 2);
-    long_end_.resize(n + 3);
     a = long_start_.data();
-    b = long_end_.data();
   }
   a[0] = '<';
   // Tag names are short and ASCII: narrowed here without the general conversion's call.
   const size_t ascii = narrow_ascii_run(tag.data(), n, a + 1);
   if (ascii < n) encode_code_page(tag.substr(ascii), a + 1 + ascii);
   a[n + 1] = '>';
+  start = std::string_view(a, n + 2);
+  name = start.substr(1, n);
+  end_.reset();
+}
+
+std::string_view clsXML::TagPatterns::end() {
+  if (end_) return *end_;
+  const size_t n = name.size();
+  char* b = end_bytes_;
+  if (n > kInline) {
+    long_end_.resize(n + 3);
+    b = long_end_.data();
+  }
   b[0] = '<';
   b[1] = '/';
-  std::memcpy(b + 2, a + 1, n);
+  std::memcpy(b + 2, name.data(), n);
   b[n + 2] = '>';
-  start = std::string_view(a, n + 2);
-  end = std::string_view(b, n + 3);
-  name = start.substr(1, n);
+  return *(end_ = std::string_view(b, n + 3));
 }
 
 bool looks_like_xml(TextView text) {
@@ -323,18 +331,6 @@ void clsXML::LearntPositions::forget() {
 clsXML::LearntPositions& clsXML::learnt() {
   if (!learnt_) learnt_ = std::make_unique<LearntPositions>();
   return *learnt_;
-}
-
-size_t clsXML::search(std::string_view text, std::string_view pattern, size_t from,
-                      PatternIndex LearntPositions::*index) {
-  if (text.size() < kIndexedSearchMinimum) {
-    if (!may_hold(text, pattern)) return std::string_view::npos;
-    return find_bytes(text, pattern, from);
-  }
-  const size_t near_end = std::min(text.size(), from + kNearbySearch + pattern.size());
-  const size_t near = find_bytes(text.substr(0, near_end), pattern, from);
-  if (near != std::string_view::npos) return near;
-  return (learnt().*index).find(text, pattern, buffer_->generation(), from);
 }
 
 bool clsXML::may_hold(std::string_view text, std::string_view pattern) {
@@ -585,7 +581,9 @@ Text clsXML::get_Value(TextView xsTagName, int16_t xiElement) {
       from = static_cast<size_t>(value_memory_.position) - 1;
     } else {
       line = 4;
-      from = skip_end_tags(text, tag.end, xiElement, &LearntPositions::value_end_tags);
+      if (xiElement > 1) {  // the first element needs no end tag counted
+        from = skip_end_tags(text, tag.end(), xiElement, &LearntPositions::value_end_tags);
+      }
     }
     line = 5;
     value_memory_.position = 0;
@@ -594,10 +592,10 @@ Text clsXML::get_Value(TextView xsTagName, int16_t xiElement) {
     if (s == std::string_view::npos) return Text();
     const size_t value_begin = s + tag.start.size();
     line = 7;
-    const size_t e = search(text, tag.end, value_begin, &LearntPositions::value_end);
+    const size_t e = search(text, tag.end(), value_begin, &LearntPositions::value_end);
     if (e == std::string_view::npos) return Text();
     line = 8;
-    value_memory_.position = static_cast<int32_t>(e + tag.end.size() + 1);
+    value_memory_.position = static_cast<int32_t>(e + tag.end().size() + 1);
     value_memory_.element = xiElement;
     value_memory_.tag = tag.name;
     line = 9;
@@ -628,7 +626,7 @@ Text clsXML::get_Block(TextView xsTagName, int16_t xiElement) {
     } else {
       line = 4;
       start = tag.start;
-      end = tag.end;
+      end = tag.end();
       from = skip_end_tags(text, end, xiElement, &LearntPositions::block_end_tags);
     }
     line = 5;

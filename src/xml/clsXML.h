@@ -6,6 +6,7 @@
 // converted between Text and the code page.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -117,11 +118,12 @@ class clsXML : public Object {
   };
 
   // The code-page patterns of one tag name, rebuilt in place: a warm reader allocates
-  // nothing for them.
+  // nothing for them. The end tag is made only when asked for: most names a record asks
+  // for are absent, and their end tag is never needed.
   struct TagPatterns {
     std::string_view name;   // Name
     std::string_view start;  // <Name>
-    std::string_view end;    // </Name>
+    std::string_view end();  // </Name>
     void set(TextView tag);
 
    private:
@@ -129,6 +131,7 @@ class clsXML : public Object {
     static constexpr size_t kInline = 62;
     char start_bytes_[kInline + 2];
     char end_bytes_[kInline + 3];
+    std::optional<std::string_view> end_;
     std::string long_start_;
     std::string long_end_;
   };
@@ -175,7 +178,16 @@ class clsXML : public Object {
   // first (a reader going through the elements in order finds the next one there); past
   // them the given index answers, so a tag that is not there costs no pass per question.
   size_t search(std::string_view text, std::string_view pattern, size_t from,
-                PatternIndex LearntPositions::*index);
+                PatternIndex LearntPositions::*index) {
+    if (text.size() < kIndexedSearchMinimum) {
+      if (!may_hold(text, pattern)) return std::string_view::npos;
+      return find_bytes(text, pattern, from);
+    }
+    const size_t near_end = std::min(text.size(), from + kNearbySearch + pattern.size());
+    const size_t near = find_bytes(text.substr(0, near_end), pattern, from);
+    if (near != std::string_view::npos) return near;
+    return (learnt().*index).find(text, pattern, buffer_->generation(), from);
+  }
   static constexpr size_t kNearbySearch = 4096;
   // False when the small text certainly lacks the tag pattern. A text searched this many
   // times in one state is filtered first (a few searches cost less than the filter).
