@@ -58,9 +58,10 @@ void TagFilter::build(std::string_view text, uint64_t generation) {
 bool TagFilter::may_hold(std::string_view pattern) const {
   if (!usable_ || pattern.size() < 3 || pattern.front() != '<' || pattern.back() != '>') return true;
   const std::string_view name = pattern.substr(1, pattern.size() - 2);
-  if (std::memchr(name.data(), '>', name.size()) != nullptr) return true;
   const auto first = static_cast<unsigned char>(name.front());
-  return (lengths_[first & 63] >> (name.size() & 63)) & 1;
+  if ((lengths_[first & 63] >> (name.size() & 63)) & 1) return true;
+  // Ruled out, unless the name holds a ">" (then the text's tags say nothing about it).
+  return std::memchr(name.data(), '>', name.size()) != nullptr;
 }
 
 }  // namespace vexqom
