@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 #include "frame/ascii_runs.h"
 #include "frame/class_info.h"
@@ -547,14 +548,32 @@ Text clsXML::EscapeValue(const Text& text) {
 }
 
 Text clsXML::GetFieldValue(const Text& xsXMLfield) {
-  Text out = xsXMLfield;
-  if (out.find(u'&') == Text::npos) return out;
-  // One pass per reference, ampersands last, so "&amp;lt;" gives "&lt;".
-  replace_all(out, u"&lt;", u"<");
-  replace_all(out, u"&gt;", u">");
-  replace_all(out, u"&apos;", u"'");
-  replace_all(out, u"&quot;", u"\"");
-  replace_all(out, u"&amp;", u"&");
+  size_t amp = xsXMLfield.find(u'&');
+  if (amp == Text::npos) return xsXMLfield;
+  // The five references replaced one after the other, ampersands last ("&amp;lt;" gives
+  // "&lt;"), in one pass: references cannot overlap, and a replacement never forms or
+  // breaks another one, so each is replaced where the text holds it and nothing more.
+  static constexpr std::pair<TextView, char16_t> kReferences[] = {
+      {u"&lt;", u'<'}, {u"&gt;", u'>'}, {u"&apos;", u'\''}, {u"&quot;", u'"'}, {u"&amp;", u'&'}};
+  const TextView in = xsXMLfield;
+  Text out;
+  out.reserve(in.size());
+  size_t from = 0;
+  while (amp != TextView::npos) {
+    out.append(in.substr(from, amp - from));
+    from = amp + 1;
+    char16_t replaced = u'&';
+    for (const auto& [reference, character] : kReferences) {
+      if (in.substr(amp, reference.size()) == reference) {
+        replaced = character;
+        from = amp + reference.size();
+        break;
+      }
+    }
+    out += replaced;
+    amp = in.find(u'&', from);
+  }
+  out.append(in.substr(from));
   return out;
 }
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <random>
 #include <string>
+#include <utility>
 
 #include "support/log_folder.h"
 
@@ -126,6 +127,30 @@ TEST(XmlEngine, AddWritesWhatTheTextEscaperComposes) {
     Text built = x->get_XML();
     built.resize(std::min(built.size(), expected.size()));  // the group's end tag aside
     ASSERT_EQ(u8(built), u8(from_code_page(to_code_page(expected)))) << u8(value);
+  }
+}
+
+// Field values are unescaped in one pass; the result must be that of replacing the five
+// references one after the other, ampersands last.
+TEST(XmlEngine, FieldValuesUnescapeAsTheReferencesReplacedInTurn) {
+  auto replaced_in_turn = [](Text text) {
+    const std::pair<Text, Text> order[] = {{u"&lt;", u"<"},     {u"&gt;", u">"},
+                                           {u"&apos;", u"'"},   {u"&quot;", u"\""},
+                                           {u"&amp;", u"&"}};
+    for (const auto& [what, with] : order) {
+      for (size_t at = text.find(what); at != Text::npos; at = text.find(what, at + 1)) {
+        text.replace(at, what.size(), with);
+      }
+    }
+    return text;
+  };
+  std::mt19937 random(9);
+  const Text pieces[] = {u"&", u"amp;", u"lt;", u"gt;", u"apos;", u"quot;", u"&lt;",
+                         u"&amp;", u";", u"a", u"<", u"\u00e9"};
+  for (int round = 0; round < 2000; ++round) {
+    Text text;
+    for (int k = static_cast<int>(random() % 8); k > 0; --k) text += pieces[random() % 12];
+    ASSERT_EQ(u8(clsXML::GetFieldValue(text)), u8(replaced_in_turn(text))) << u8(text);
   }
 }
 
