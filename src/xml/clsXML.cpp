@@ -48,12 +48,8 @@ const char* entity_for(char c) {
 size_t escaped_extra(TextView value) {
   size_t extra = 0;
   for (char16_t c : value) {
-    switch (c) {
-      case u'&': extra += 4; break;
-      case u'<': case u'>': extra += 3; break;
-      case u'\'': case u'"': extra += 5; break;
-      default: break;
-    }
+    const char* entity = c < 0x80 ? entity_for(static_cast<char>(c)) : nullptr;
+    if (entity != nullptr) extra += std::strlen(entity) - 1;
   }
   return extra;
 }
