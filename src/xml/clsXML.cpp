@@ -230,13 +230,20 @@ std::vector<Text>& clsXML::group_stack() {
 
 std::string clsXML::code_page_bytes(const Text& text) { return to_code_page(text); }
 
+namespace {
+
+// Where a pattern of size bytes is built: in place when it fits, otherwise in spill.
+char* pattern_room(char* in_place, size_t capacity, std::string& spill, size_t size) {
+  if (size <= capacity) return in_place;
+  spill.resize(size);
+  return spill.data();
+}
+
+}  // namespace
+
 void clsXML::TagPatterns::set(TextView tag) {
   const size_t n = tag.size();
-  char* a = start_bytes_;
-  if (n > kInline) {
-    long_start_.resize(n + 2);
-    a = long_start_.data();
-  }
+  char* a = pattern_room(start_bytes_, sizeof start_bytes_, long_start_, n + 2);
   a[0] = '<';
   // Tag names are short and ASCII: narrowed here without the general conversion's call.
   const size_t ascii = narrow_ascii_run(tag.data(), n, a + 1);
@@ -250,11 +257,7 @@ void clsXML::TagPatterns::set(TextView tag) {
 std::string_view clsXML::TagPatterns::end() {
   if (end_) return *end_;
   const size_t n = name.size();
-  char* b = end_bytes_;
-  if (n > kInline) {
-    long_end_.resize(n + 3);
-    b = long_end_.data();
-  }
+  char* b = pattern_room(end_bytes_, sizeof end_bytes_, long_end_, n + 3);
   b[0] = '<';
   b[1] = '/';
   std::memcpy(b + 2, name.data(), n);

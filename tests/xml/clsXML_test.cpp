@@ -154,6 +154,20 @@ TEST(XmlEngine, FieldValuesUnescapeAsTheReferencesReplacedInTurn) {
   }
 }
 
+// Tag names longer than the readers build in place (62 bytes) take their other room.
+TEST(XmlEngine, LongTagNamesAreWrittenAndReadBack) {
+  const Text name(100, u'N');
+  Ref<clsXML> x = snippet();
+  x->Add(u"Group", u"", true);
+  x->Add(name, u"first");
+  x->Add(name, u"second");
+  Ref<clsXML> r = loaded(x->get_XML());
+  EXPECT_EQ(u8(r->get_Value(name, 1)), "first");
+  EXPECT_EQ(u8(r->get_Value(name, 2)), "second");
+  EXPECT_EQ(u8(r->get_Block(name, 2)), u8(u"<" + name + u">second</" + name + u">"));
+  EXPECT_EQ(u8(r->get_Value(name + u"X", 1)), "");
+}
+
 TEST(XmlEngine, DeclarationAndSurroundingLines) {
   EXPECT_EQ(u8(create<clsXML>()->get_XML()), kDecl);
   Ref<clsXML> s = create<clsXML>();
