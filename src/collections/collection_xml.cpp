@@ -1,5 +1,7 @@
 #include "collections/collection_xml.h"
 
+#include <iterator>
+
 #include "vexqom/error.h"
 #include "vexqom/variant.h"
 
@@ -9,7 +11,7 @@ namespace {
 
 // Stands in for the members while the engine writes the elements around them.
 constexpr char16_t kMembersPlaceholder[] = u"<_/>";
-constexpr size_t kPlaceholderLength = 4;
+constexpr size_t kPlaceholderLength = std::size(kMembersPlaceholder) - 1;
 
 }  // namespace
 
