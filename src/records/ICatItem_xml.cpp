@@ -7,6 +7,7 @@
 #include "frame/procedure.h"
 #include "vexqom/ICatItem.h"
 #include "xml/clsXML.h"
+#include "xml/first_values.h"
 
 namespace vexqom {
 
@@ -17,6 +18,20 @@ namespace {
 int16_t integer_from(const Text& text) { return round_to_integer(leading_number(text)); }
 int32_t long_from(const Text& text) { return round_to_long(leading_number(text)); }
 Currency amount_from(const Text& text) { return Currency::from_double(leading_number(text)); }
+
+// The elements an item reads from its text (the price block is read whole).
+const ElementNames& item_elements() {
+  static const ElementNames names{
+      u"WorkGroup", u"GroupNumber", u"ItemType", u"ItemSource", u"ItemStatus", u"ItemGroup",
+      u"ItemHeading", u"ItemLaborAvailable", u"Manufacturer", u"LineCode", u"ItemNumber",
+      u"PartTypeCode", u"Description", u"ImageFileName", u"ImageCallOut", u"ImageURLc2c",
+      u"ImageURLalt", u"MediaTagID", u"QuantityPerCar", u"LaborOperation", u"LaborSkill",
+      u"LaborRate", u"LaborHRSnormal", u"LaborHRSwarranty", u"LaborHRSsevere", u"LaborType",
+      u"YearRange", u"ComponentSide", u"Comment", u"ItemTag", u"GenericDescription",
+      u"GenericDescriptionID", u"SupplierStockingFlag", u"SupplierMovementFlag",
+      u"SupplierMovementRank", u"SupplierExtendedInfo", u"VendorNumberXRef", u"MCLsequence"};
+  return names;
+}
 
 }  // namespace
 
@@ -93,60 +108,61 @@ void ICatItem::put_XML(const Text& xsXML) {
     line = 3;
     auto engine = create<clsXML>();
     engine->put_XML(xsXML);
+    const FirstValues values(*engine, item_elements());
     line = 4;
-    WorkGroup_ = integer_from(engine->get_Value(u"WorkGroup", 1));
+    WorkGroup_ = integer_from(values.get(u"WorkGroup"));
     line = 5;
-    GroupNumber_ = engine->get_Value(u"GroupNumber", 1);
+    GroupNumber_ = values.get(u"GroupNumber");
     line = 6;
-    ItemType_ = static_cast<vexCatalogItemType>(long_from(engine->get_Value(u"ItemType", 1)));
+    ItemType_ = static_cast<vexCatalogItemType>(long_from(values.get(u"ItemType")));
     line = 7;
-    ItemSource_ = engine->get_Value(u"ItemSource", 1);
-    ItemStatus_ = Variant(engine->get_Value(u"ItemStatus", 1));  // text, also for numbers
+    ItemSource_ = values.get(u"ItemSource");
+    ItemStatus_ = Variant(values.get(u"ItemStatus"));  // text, also for numbers
     line = 8;
-    ItemGroup_ = integer_from(engine->get_Value(u"ItemGroup", 1));
+    ItemGroup_ = integer_from(values.get(u"ItemGroup"));
     line = 9;
-    Heading_ = engine->get_Value(u"ItemHeading", 1);
-    ItemLaborAvailable_ = engine->get_Value(u"ItemLaborAvailable", 1);
-    ManufacturerName_ = engine->get_Value(u"Manufacturer", 1);
-    LineCode_ = engine->get_Value(u"LineCode", 1);
-    ItemNumber_ = engine->get_Value(u"ItemNumber", 1);
-    PartTypeCode_ = engine->get_Value(u"PartTypeCode", 1);
-    Description_ = engine->get_Value(u"Description", 1);
-    ImageFileName_ = engine->get_Value(u"ImageFileName", 1);
-    ImageCallOut_ = engine->get_Value(u"ImageCallOut", 1);
-    ImageURLc2c_ = engine->get_Value(u"ImageURLc2c", 1);
-    ImageURLalt_ = engine->get_Value(u"ImageURLalt", 1);
-    MediaTagID_ = engine->get_Value(u"MediaTagID", 1);
+    Heading_ = values.get(u"ItemHeading");
+    ItemLaborAvailable_ = values.get(u"ItemLaborAvailable");
+    ManufacturerName_ = values.get(u"Manufacturer");
+    LineCode_ = values.get(u"LineCode");
+    ItemNumber_ = values.get(u"ItemNumber");
+    PartTypeCode_ = values.get(u"PartTypeCode");
+    Description_ = values.get(u"Description");
+    ImageFileName_ = values.get(u"ImageFileName");
+    ImageCallOut_ = values.get(u"ImageCallOut");
+    ImageURLc2c_ = values.get(u"ImageURLc2c");
+    ImageURLalt_ = values.get(u"ImageURLalt");
+    MediaTagID_ = values.get(u"MediaTagID");
     line = 10;
-    QuantityPerCar_ = amount_from(engine->get_Value(u"QuantityPerCar", 1));
+    QuantityPerCar_ = amount_from(values.get(u"QuantityPerCar"));
     line = 11;
     // The whole element, tags included; no "Prices" gives the empty text, an empty list.
     prices().put_XML(engine->get_Block(u"Prices", 1));
     line = 12;
-    LaborOperation_ = engine->get_Value(u"LaborOperation", 1);
-    LaborSkill_ = engine->get_Value(u"LaborSkill", 1);
+    LaborOperation_ = values.get(u"LaborOperation");
+    LaborSkill_ = values.get(u"LaborSkill");
     line = 13;
-    LaborRate_ = amount_from(engine->get_Value(u"LaborRate", 1));
+    LaborRate_ = amount_from(values.get(u"LaborRate"));
     line = 14;
-    LaborHRSnormal_ = amount_from(engine->get_Value(u"LaborHRSnormal", 1));
+    LaborHRSnormal_ = amount_from(values.get(u"LaborHRSnormal"));
     line = 15;
-    LaborHRSwarranty_ = amount_from(engine->get_Value(u"LaborHRSwarranty", 1));
+    LaborHRSwarranty_ = amount_from(values.get(u"LaborHRSwarranty"));
     line = 16;
-    LaborHRSsevere_ = amount_from(engine->get_Value(u"LaborHRSsevere", 1));
+    LaborHRSsevere_ = amount_from(values.get(u"LaborHRSsevere"));
     line = 17;
-    LaborType_ = engine->get_Value(u"LaborType", 1);
-    YearRange_ = engine->get_Value(u"YearRange", 1);
-    ComponentSide_ = engine->get_Value(u"ComponentSide", 1);
-    Comment_ = engine->get_Value(u"Comment", 1);
-    Tag_ = engine->get_Value(u"ItemTag", 1);
-    GenericDescription_ = engine->get_Value(u"GenericDescription", 1);
-    GenericDescriptionID_ = engine->get_Value(u"GenericDescriptionID", 1);
-    SupplierStockingFlag_ = engine->get_Value(u"SupplierStockingFlag", 1);
-    SupplierMovementFlag_ = engine->get_Value(u"SupplierMovementFlag", 1);
-    SupplierMovementRank_ = engine->get_Value(u"SupplierMovementRank", 1);
-    SupplierExtendedInfo_ = engine->get_Value(u"SupplierExtendedInfo", 1);
-    VendorNumberXRef_ = engine->get_Value(u"VendorNumberXRef", 1);
-    MCLsequence_ = engine->get_Value(u"MCLsequence", 1);
+    LaborType_ = values.get(u"LaborType");
+    YearRange_ = values.get(u"YearRange");
+    ComponentSide_ = values.get(u"ComponentSide");
+    Comment_ = values.get(u"Comment");
+    Tag_ = values.get(u"ItemTag");
+    GenericDescription_ = values.get(u"GenericDescription");
+    GenericDescriptionID_ = values.get(u"GenericDescriptionID");
+    SupplierStockingFlag_ = values.get(u"SupplierStockingFlag");
+    SupplierMovementFlag_ = values.get(u"SupplierMovementFlag");
+    SupplierMovementRank_ = values.get(u"SupplierMovementRank");
+    SupplierExtendedInfo_ = values.get(u"SupplierExtendedInfo");
+    VendorNumberXRef_ = values.get(u"VendorNumberXRef");
+    MCLsequence_ = values.get(u"MCLsequence");
   });
 }
 

@@ -5,6 +5,7 @@
 #include "frame/document_observer.h"
 #include "frame/procedure.h"
 #include "xml/clsXML.h"
+#include "xml/first_values.h"
 
 namespace vexqom {
 
@@ -12,6 +13,15 @@ namespace {
 
 // Amounts are read with the leading-number parse, so "1,5" stops at the comma.
 Currency amount_from(const Text& text) { return Currency::from_double(leading_number(text)); }
+
+// The elements a price reads from its text.
+const ElementNames& price_elements() {
+  static const ElementNames names{
+      u"Location", u"SellerID", u"DeliveryTime", u"UrgentFlag", u"QtyBuyingInc", u"PackingUnits",
+      u"PackNumUnits", u"WarrantyCode", u"Rank", u"PriceTag", u"Available", u"QuantityToOrder",
+      u"CoreCost", u"CoreList", u"Cost", u"List", u"Sell", u"Margin"};
+  return names;
+}
 
 }  // namespace
 
@@ -158,34 +168,35 @@ void ICatPrice::put_XML(const Text& xsXML) {
     line = 3;
     auto engine = create<clsXML>();
     engine->put_XML(xsXML);
+    const FirstValues values(*engine, price_elements());
     line = 4;
-    Location_ = engine->get_Value(u"Location", 1);
-    SellerID_ = engine->get_Value(u"SellerID", 1);  // unchanged, with or without "#"
-    DeliveryTime_ = engine->get_Value(u"DeliveryTime", 1);
+    Location_ = values.get(u"Location");
+    SellerID_ = values.get(u"SellerID");  // unchanged, with or without "#"
+    DeliveryTime_ = values.get(u"DeliveryTime");
     line = 5;
-    UrgentFlag_ = upper_case(engine->get_Value(u"UrgentFlag", 1)) == u"TRUE";
+    UrgentFlag_ = upper_case(values.get(u"UrgentFlag")) == u"TRUE";
     line = 6;
-    QtyBuyingInc_ = engine->get_Value(u"QtyBuyingInc", 1);
-    PackingUnits_ = engine->get_Value(u"PackingUnits", 1);
-    PackNumUnits_ = engine->get_Value(u"PackNumUnits", 1);
-    WarrantyCode_ = engine->get_Value(u"WarrantyCode", 1);
-    Rank_ = engine->get_Value(u"Rank", 1);
-    Tag_ = engine->get_Value(u"PriceTag", 1);
+    QtyBuyingInc_ = values.get(u"QtyBuyingInc");
+    PackingUnits_ = values.get(u"PackingUnits");
+    PackNumUnits_ = values.get(u"PackNumUnits");
+    WarrantyCode_ = values.get(u"WarrantyCode");
+    Rank_ = values.get(u"Rank");
+    Tag_ = values.get(u"PriceTag");
     line = 7;
-    Available_ = Variant(engine->get_Value(u"Available", 1));
-    QuantityToOrder_ = Variant(engine->get_Value(u"QuantityToOrder", 1));
+    Available_ = Variant(values.get(u"Available"));
+    QuantityToOrder_ = Variant(values.get(u"QuantityToOrder"));
     line = 8;
-    CoreCost_ = amount_from(engine->get_Value(u"CoreCost", 1));
+    CoreCost_ = amount_from(values.get(u"CoreCost"));
     line = 9;
-    CoreList_ = amount_from(engine->get_Value(u"CoreList", 1));
+    CoreList_ = amount_from(values.get(u"CoreList"));
     line = 10;
-    Cost_ = amount_from(engine->get_Value(u"Cost", 1));
+    Cost_ = amount_from(values.get(u"Cost"));
     line = 11;
-    List_ = amount_from(engine->get_Value(u"List", 1));
+    List_ = amount_from(values.get(u"List"));
     line = 12;
-    Sell_ = amount_from(engine->get_Value(u"Sell", 1));
+    Sell_ = amount_from(values.get(u"Sell"));
     line = 13;
-    Margin_ = amount_from(engine->get_Value(u"Margin", 1));
+    Margin_ = amount_from(values.get(u"Margin"));
   });
 }
 

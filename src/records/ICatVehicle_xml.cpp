@@ -4,8 +4,20 @@
 #include "frame/procedure.h"
 #include "vexqom/ICatVehicle.h"
 #include "xml/clsXML.h"
+#include "xml/first_values.h"
 
 namespace vexqom {
+
+namespace {
+
+// The elements a vehicle reads from its text.
+const ElementNames& vehicle_elements() {
+  static const ElementNames names{
+      u"AAIA", u"Year", u"Make", u"Model", u"Engine", u"VIN", u"Plate", u"Description", u"Mileage"};
+  return names;
+}
+
+}  // namespace
 
 Text ICatVehicle::get_XML() {
   return run_procedure(errors_, u"ICatVehicle | Get XML", Trace::Yes, [&](int& line) {
@@ -43,24 +55,25 @@ void ICatVehicle::put_XML(const Text& xsXML) {
     line = 3;
     auto engine = create<clsXML>();
     engine->put_XML(xsXML);
+    const FirstValues values(*engine, vehicle_elements());
     line = 4;
-    AAIA_ = engine->get_Value(u"AAIA", 1);
+    AAIA_ = values.get(u"AAIA");
     line = 5;
-    Year_ = engine->get_Value(u"Year", 1);
+    Year_ = values.get(u"Year");
     line = 6;
-    Make_ = engine->get_Value(u"Make", 1);
+    Make_ = values.get(u"Make");
     line = 7;
-    Model_ = engine->get_Value(u"Model", 1);
+    Model_ = values.get(u"Model");
     line = 8;
-    Engine_ = engine->get_Value(u"Engine", 1);
+    Engine_ = values.get(u"Engine");
     line = 9;
-    VIN_ = engine->get_Value(u"VIN", 1);
+    VIN_ = values.get(u"VIN");
     line = 10;
-    Plate_ = engine->get_Value(u"Plate", 1);
+    Plate_ = values.get(u"Plate");
     line = 11;
-    Description_ = engine->get_Value(u"Description", 1);
+    Description_ = values.get(u"Description");
     line = 12;
-    CurrentMileage_ = engine->get_Value(u"Mileage", 1);
+    CurrentMileage_ = values.get(u"Mileage");
   });
 }
 

@@ -275,6 +275,10 @@ Text clsXML::unescaped_value(std::string_view bytes) {
   return UnescapeText(value);
 }
 
+Text clsXML::value_text(std::string_view between_tags) {
+  return unescaped_value(trim_byte_blanks(between_tags));
+}
+
 Text clsXML::LineBreak() const { return formatted_ ? Text(u"\r\n") : Text(); }
 
 // A level below 1 (a Level set low, groups closed beyond it) gives a negative count:
@@ -617,7 +621,7 @@ Text clsXML::get_Value(TextView xsTagName, int16_t xiElement) {
     value_memory_.element = xiElement;
     value_memory_.tag = tag.name;
     line = 9;
-    return unescaped_value(trim_byte_blanks(text.substr(value_begin, e - value_begin)));
+    return value_text(text.substr(value_begin, e - value_begin));
   });
 }
 

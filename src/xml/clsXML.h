@@ -136,8 +136,13 @@ class clsXML : public Object {
     std::string long_end_;
   };
 
+  friend class FirstValues;  // reads values as get_Value does (xml/first_values.h)
+
   // A value's bytes as Text, entities replaced (values that are themselves XML stay).
   static Text unescaped_value(std::string_view bytes);
+  // The bytes between a start tag and its end tag as the value readers return them:
+  // trimmed of blanks, then unescaped.
+  static Text value_text(std::string_view between_tags);
 
   // Shared by the builder members.
   void open_group(TextView tag);
@@ -190,10 +195,11 @@ class clsXML : public Object {
   }
   static constexpr size_t kNearbySearch = 4096;
   // False when the small text certainly lacks the tag pattern. A text searched this many
-  // times in one state is filtered first (a few searches cost less than the filter).
+  // times in one state is filtered first: the filter costs about as much as a dozen
+  // searches (records read their fields through FirstValues, not through here).
   bool may_hold(std::string_view text, std::string_view pattern);
   static constexpr size_t kTagFilterMinimum = 64;
-  static constexpr uint32_t kSearchesBeforeTagFilter = 2;
+  static constexpr uint32_t kSearchesBeforeTagFilter = 12;
   // Where a numbered search starts (0-based): just after element - 1 end tags, or at the
   // top when there are fewer; learnt in index.
   size_t skip_end_tags(std::string_view text, std::string_view end_tag, int16_t element,

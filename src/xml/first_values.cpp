@@ -1,0 +1,159 @@
+#include "xml/first_values.h"
+
+#include <algorithm>
+#include <cstring>
+#include <stdexcept>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+#include "frame/procedure.h"
+#include "xml/byte_search.h"
+#include "xml/clsXML.h"
+
+namespace vexqom {
+
+// ---------------------------------------------------------------------------
+// ElementNames
+
+namespace {
+
+bool is_valid_name(TextView name) {
+  if (name.empty() || name.front() == u'/') return false;
+  return std::all_of(name.begin(), name.end(),
+                     [](char16_t c) { return c > 0 && c < 0x80 && c != u'<' && c != u'>'; });
+}
+
+// Equality as bytes: char16_t's character traits compare one unit at a time, both ways.
+bool same_text(TextView a, TextView b) {
+  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0;
+}
+
+}  // namespace
+
+template <class Unit>
+size_t ElementNames::slot_of(const Unit* name, size_t length) {
+  const auto unit = [&](size_t i) { return static_cast<size_t>(name[i]); };
+  return (length * 37 + unit(0) * 7 + unit(length / 2) * 3 + unit(length - 1) * 13) % kSlots;
+}
+
+template <class Unit>
+size_t ElementNames::lookup(const Unit* name, size_t length) const {
+  if (length == 0 || length > longest_) return npos;
+  for (size_t slot = slot_of(name, length);; slot = (slot + 1) % kSlots) {
+    const uint8_t entry = slots_[slot];
+    if (entry == 0) return npos;
+    const Text& candidate = names_[entry - 1];
+    if (candidate.size() == length &&
+        std::equal(name, name + length, candidate.begin(), [](Unit a, char16_t b) {
+          return static_cast<char16_t>(static_cast<std::make_unsigned_t<Unit>>(a)) == b;
+        })) {
+      return entry - 1;
+    }
+  }
+}
+
+size_t ElementNames::index_of(std::string_view name) const {
+  return lookup(name.data(), name.size());
+}
+
+size_t ElementNames::index_of(TextView name) const { return lookup(name.data(), name.size()); }
+
+ElementNames::ElementNames(std::initializer_list<TextView> names) { add_all(names); }
+
+ElementNames::ElementNames(const std::vector<TextView>& names) { add_all(names); }
+
+template <class Names>
+void ElementNames::add_all(const Names& names) {
+  if (names.size() > kMaxNames) throw std::invalid_argument("ElementNames: too many names");
+  for (TextView name : names) {
+    if (!is_valid_name(name)) throw std::invalid_argument("ElementNames: unusable name");
+    if (index_of(name) != npos) throw std::invalid_argument("ElementNames: duplicate name");
+    names_.emplace_back(name);
+    end_tags_.push_back("</" + std::string(name.begin(), name.end()) + ">");
+    longest_ = std::max(longest_, name.size());
+    size_t slot = slot_of(name.data(), name.size());
+    while (slots_[slot] != 0) slot = (slot + 1) % kSlots;
+    slots_[slot] = static_cast<uint8_t>(names_.size());
+  }
+}
+
+// ---------------------------------------------------------------------------
+// FirstValues
+
+FirstValues::FirstValues(clsXML& engine, const ElementNames& names)
+    : engine_(engine), names_(names), text_(engine.buffer().bytes()), unfound_(names.size()) {
+  starts_.fill(kAbsent);
+  find_start_tags();
+}
+
+void FirstValues::note_start_tag(size_t open, size_t close) {
+  const size_t index = names_.index_of(text_.substr(open + 1, close - open - 1));
+  if (index == ElementNames::npos || starts_[index] != kAbsent) return;
+  starts_[index] = static_cast<uint32_t>(open);
+  --unfound_;
+}
+
+// Visits every "<" and ">" in order: a ">" closes the name opened by the last "<" before
+// it, unless another ">" came between them. End tags ("</") open no name.
+void FirstValues::find_start_tags() {
+  const char* const s = text_.data();
+  const size_t n = text_.size();
+  constexpr size_t kNone = static_cast<size_t>(-1);
+  size_t open = kNone;
+  auto visit = [&](size_t at) {
+    if (s[at] == '<') {
+      open = at + 1 < n && s[at + 1] != '/' ? at : kNone;
+    } else if (open != kNone) {
+      note_start_tag(open, at);
+      open = kNone;
+    }
+  };
+  size_t i = 0;
+#if defined(__SSE2__)
+  const __m128i opening = _mm_set1_epi8('<');
+  const __m128i closing = _mm_set1_epi8('>');
+  for (; i + 16 <= n && unfound_ > 0; i += 16) {
+    const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
+    auto mask = static_cast<unsigned>(_mm_movemask_epi8(
+        _mm_or_si128(_mm_cmpeq_epi8(chunk, opening), _mm_cmpeq_epi8(chunk, closing))));
+    for (; mask != 0; mask &= mask - 1) visit(i + static_cast<size_t>(__builtin_ctz(mask)));
+  }
+#endif
+  for (; i < n && unfound_ > 0; ++i) {
+    if (s[i] == '<' || s[i] == '>') visit(i);
+  }
+}
+
+size_t FirstValues::index_of(TextView name) const {
+  size_t index = expected_;
+  if (index >= names_.size() || !same_text(names_.name(index), name)) {
+    index = names_.index_of(name);
+  }
+  expected_ = index + 1;
+  return index;
+}
+
+Text FirstValues::get(TextView name) const {
+  const size_t index = index_of(name);
+  if (index == ElementNames::npos) return engine_.get_Value(name, 1);
+  return run_procedure(engine_.errors_, u"clsXML | Get Value", Trace::Yes,
+                       [&](int& line) { return value_of(index, line); });
+}
+
+// The steps and line numbers of clsXML::get_Value for the first element.
+Text FirstValues::value_of(size_t index, int& line) const {
+  line = 1;
+  engine_.buffer();  // error 91 once the engine was destroyed
+  line = 6;
+  if (starts_[index] == kAbsent) return Text();
+  const size_t value_begin = starts_[index] + names_.name(index).size() + 2;
+  line = 7;
+  const size_t value_end = find_bytes(text_, names_.end_tag(index), value_begin);
+  if (value_end == std::string_view::npos) return Text();
+  line = 9;
+  return clsXML::value_text(text_.substr(value_begin, value_end - value_begin));
+}
+
+}  // namespace vexqom
