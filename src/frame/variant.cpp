@@ -1,6 +1,7 @@
 // Variant kinds and the standard conversions between them.
 #include "vexqom/variant.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -321,12 +322,16 @@ Text to_text(const Variant& v) {
 }
 
 double leading_number(TextView text) {
+  auto is_skipped = [](char16_t c) { return c == u' ' || c == u'\t' || c == u'\n'; };
   Text packed;
-  packed.reserve(text.size());
-  for (char16_t c : text)
-    if (c != u' ' && c != u'\t' && c != u'\n') packed += c;
-  const NumberScan n = scan_number(packed);
-  return n.length == 0 ? 0.0 : scanned_value(packed, n);
+  if (std::any_of(text.begin(), text.end(), is_skipped)) {
+    packed.reserve(text.size());
+    for (char16_t c : text)
+      if (!is_skipped(c)) packed += c;
+    text = packed;
+  }
+  const NumberScan n = scan_number(text);
+  return n.length == 0 ? 0.0 : scanned_value(text, n);
 }
 
 int16_t round_to_integer(double v) {
@@ -455,7 +460,22 @@ bool coerce_to_boolean(const Variant& v) {
 Text coerce_to_text(const Variant& v) { return to_text(v); }
 
 double number_via_text(const Variant& v) {
-  if (v.is_empty()) return 0.0;
+  switch (v.type()) {
+    case VarType::kEmpty: return 0.0;
+    case VarType::kText: return leading_number(v.text());
+    // Whole numbers are written in full and read back as they were.
+    case VarType::kInteger: return v.integer();
+    case VarType::kLong: return v.long_value();
+    case VarType::kCurrency: {
+      // Four decimals written in full read back as the double nearest raw / 10000, which
+      // the division gives while raw itself is exact as a double.
+      const int64_t raw = v.currency().raw();
+      constexpr int64_t kExact = int64_t{1} << 53;
+      if (raw >= -kExact && raw <= kExact) return v.currency().to_double();
+      break;
+    }
+    default: break;  // doubles are written with 15 digits: the text decides
+  }
   return leading_number(to_text(v));
 }
 
