@@ -1,8 +1,10 @@
-// Feeds arbitrary text to the XML text engine and runs every reader and editor on it.
+// Feeds arbitrary text to the XML text engine and runs every reader and editor on it; the
+// records' one-pass reader must give the engine's own first-element values.
 // Input layout: the text for XML let, then up to six fields separated by 0x00 bytes:
 // tag, attribute, value, block, and two element numbers (their first two bytes).
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -11,6 +13,7 @@
 
 #include "frame/diagnostics.h"
 #include "xml/clsXML.h"
+#include "xml/first_values.h"
 
 namespace {
 
@@ -28,6 +31,26 @@ int16_t element_of(std::string_view field) {
   const auto lo = static_cast<unsigned char>(field[0]);
   const auto hi = field.size() > 1 ? static_cast<unsigned char>(field[1]) : 0;
   return static_cast<int16_t>(static_cast<uint16_t>(lo | (hi << 8)));
+}
+
+// FirstValues over the text against the engine's get_Value(name, 1): a difference is a bug.
+void check_first_values(const vexqom::Text& xml, const vexqom::Text& tag) {
+  std::vector<vexqom::TextView> names{u"a", u"b", u"Item", u"Price"};
+  const bool usable =
+      !tag.empty() && tag.front() != u'/' && tag.find_first_of(u"<>") == vexqom::Text::npos &&
+      std::all_of(tag.begin(), tag.end(), [](char16_t c) { return c > 0 && c < 0x80; });
+  if (usable && std::find(names.begin(), names.end(), vexqom::TextView(tag)) == names.end()) {
+    names.push_back(tag);
+  }
+  const vexqom::ElementNames set(names);
+  vexqom::Ref<vexqom::clsXML> engine = vexqom::create<vexqom::clsXML>();
+  engine->put_XML(xml);
+  const vexqom::FirstValues values(*engine, set);
+  for (vexqom::TextView name : names) {
+    vexqom::Ref<vexqom::clsXML> fresh = vexqom::create<vexqom::clsXML>();
+    fresh->put_XML(xml);
+    if (values.get(name) != fresh->get_Value(name, 1)) __builtin_trap();
+  }
 }
 
 bool init() {
@@ -70,6 +93,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       // Expected for some inputs (overflow of the indentation product and the like).
     }
   };
+
+  guarded([&] { check_first_values(xml, tag); });
 
   vexqom::Ref<vexqom::clsXML> x = vexqom::create<vexqom::clsXML>();
   guarded([&] { x->put_XML(xml); });

@@ -474,7 +474,15 @@ double number_via_text(const Variant& v) {
       if (raw >= -kExact && raw <= kExact) return v.currency().to_double();
       break;
     }
-    default: break;  // doubles are written with 15 digits: the text decides
+    case VarType::kDouble: {
+      // Whole numbers below 1E+15 are written digit for digit (zero as "0", so -0 reads 0);
+      // other doubles are written with 15 digits, and the text decides.
+      const double d = v.dbl();
+      if (d == 0) return 0.0;
+      if (std::fabs(d) < 1e15 && std::trunc(d) == d) return d;
+      break;
+    }
+    default: break;
   }
   return leading_number(to_text(v));
 }

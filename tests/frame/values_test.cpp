@@ -235,7 +235,9 @@ TEST(ValuesNumbers, NumberViaTextEqualsReadingTheWrittenText) {
   auto through_text = [](const Variant& v) { return leading_number(to_text(v)); };
   std::vector<Variant> values = {Variant(), Variant(Text(u" 1 2,5")), Variant(Text(u"&H1F")),
                                  Variant(int16_t{-32768}), Variant(int32_t{2147483647}),
-                                 Variant(true), Variant(0.1 + 0.2), Variant(1e300)};
+                                 Variant(true), Variant(0.1 + 0.2), Variant(1e300),
+                                 Variant(-0.0), Variant(999999999999999.0), Variant(1e15),
+                                 Variant(-123456789012345.0), Variant(2.5), Variant(1e16 + 2)};
   const int64_t exact = int64_t{1} << 53;
   for (int64_t raw : {int64_t{0}, int64_t{1}, int64_t{-1}, int64_t{32700}, int64_t{-5000},
                       exact, -exact, exact + 1, -exact - 1, std::numeric_limits<int64_t>::max(),
@@ -247,6 +249,7 @@ TEST(ValuesNumbers, NumberViaTextEqualsReadingTheWrittenText) {
     const int shift = static_cast<int>(random() % 60);  // small and large magnitudes alike
     const auto raw = static_cast<int64_t>(random() >> shift) * (i % 2 ? 1 : -1);
     values.emplace_back(Currency::from_raw(raw));
+    values.emplace_back(static_cast<double>(raw >> 10));  // whole doubles, some of 15+ digits
   }
   for (const Variant& v : values) {
     const double fast = number_via_text(v);
