@@ -73,6 +73,7 @@ void ElementNames::add_all(const Names& names) {
     names_.emplace_back(name);
     end_tags_.push_back("</" + std::string(name.begin(), name.end()) + ">");
     longest_ = std::max(longest_, name.size());
+    first_bytes_by_length_[name.size() % 64] |= uint64_t{1} << (name.front() % 64);
     size_t slot = slot_of(name.data(), name.size());
     while (slots_[slot] != 0) slot = (slot + 1) % kSlots;
     slots_[slot] = static_cast<uint8_t>(names_.size());
@@ -89,7 +90,9 @@ FirstValues::FirstValues(clsXML& engine, const ElementNames& names)
 }
 
 void FirstValues::note_start_tag(size_t open, size_t close) {
-  const size_t index = names_.index_of(text_.substr(open + 1, close - open - 1));
+  const size_t length = close - open - 1;
+  if (length == 0 || !names_.may_hold(text_.data() + open + 1, length)) return;
+  const size_t index = names_.index_of(text_.substr(open + 1, length));
   if (index == ElementNames::npos || starts_[index] != kAbsent) return;
   starts_[index] = static_cast<uint32_t>(open);
   --unfound_;

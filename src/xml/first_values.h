@@ -43,6 +43,11 @@ class ElementNames {
   size_t longest() const { return longest_; }
   TextView name(size_t index) const { return names_[index]; }
   std::string_view end_tag(size_t index) const { return end_tags_[index]; }
+  // False when no name of the set has this length and first byte: most tags of a text are
+  // ruled out by this before any lookup.
+  bool may_hold(const char* name, size_t length) const {
+    return (first_bytes_by_length_[length % 64] >> (static_cast<unsigned char>(*name) % 64)) & 1;
+  }
   // The index of a name given as the text's bytes or as Text; npos when not in the set.
   size_t index_of(std::string_view name) const;
   size_t index_of(TextView name) const;
@@ -59,6 +64,7 @@ class ElementNames {
   std::vector<Text> names_;            // ASCII: each character is its code-page byte
   std::vector<std::string> end_tags_;  // "</name>" as bytes
   std::array<uint8_t, kSlots> slots_{};  // index + 1 of the name in each slot; 0: empty
+  std::array<uint64_t, 64> first_bytes_by_length_{};  // bit first byte % 64, by length % 64
   size_t longest_ = 0;
 };
 
