@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "frame/large_pages.h"
 #include "vexqom/Collection.h"
 #include "vexqom/ICatVehicle.h"
 #include "vexqom/text.h"
@@ -53,7 +54,10 @@ Text joined_members_xml(const Collection& members, MemberXml&& member_xml) {
   Text joined;
   for (size_t i = 0; i < members.size(); ++i) {
     Text xml = member_xml(members.at(i));
-    if (i == 0) joined.reserve(estimated_members_room(xml.size(), members.size()));
+    if (i == 0) {
+      joined.reserve(estimated_members_room(xml.size(), members.size()));
+      prefer_large_pages(joined.data(), joined.capacity() * sizeof(char16_t));
+    }
     joined += xml;
   }
   return joined;

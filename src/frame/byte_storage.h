@@ -16,6 +16,8 @@
 #include <cstring>
 #include <new>
 
+#include "frame/large_pages.h"
+
 namespace vexqom {
 
 class ByteStorage {
@@ -42,6 +44,7 @@ class ByteStorage {
     if (grown == nullptr) throw std::bad_alloc();
     bytes_ = static_cast<char*>(grown);
     capacity_ = count;
+    prefer_large_pages(bytes_, capacity_);
   }
 
   // Growing fills the new bytes with zeros.
