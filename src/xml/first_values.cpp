@@ -5,11 +5,8 @@
 #include <stdexcept>
 #include <type_traits>
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
-
 #include "frame/procedure.h"
+#include "xml/angle_brackets.h"
 #include "xml/byte_search.h"
 #include "xml/clsXML.h"
 
@@ -114,20 +111,7 @@ void FirstValues::find_start_tags() {
       open = kNone;
     }
   };
-  size_t i = 0;
-#if defined(__SSE2__)
-  const __m128i opening = _mm_set1_epi8('<');
-  const __m128i closing = _mm_set1_epi8('>');
-  for (; i + 16 <= n && unfound_ > 0; i += 16) {
-    const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
-    auto mask = static_cast<unsigned>(_mm_movemask_epi8(
-        _mm_or_si128(_mm_cmpeq_epi8(chunk, opening), _mm_cmpeq_epi8(chunk, closing))));
-    for (; mask != 0; mask &= mask - 1) visit(i + static_cast<size_t>(__builtin_ctz(mask)));
-  }
-#endif
-  for (; i < n && unfound_ > 0; ++i) {
-    if (s[i] == '<' || s[i] == '>') visit(i);
-  }
+  for_each_angle_bracket(text_, visit, [&] { return unfound_ > 0; });
 }
 
 size_t FirstValues::index_of(TextView name) const {

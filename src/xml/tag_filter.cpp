@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
+#include "xml/angle_brackets.h"
 
 namespace vexqom {
 
@@ -34,21 +32,7 @@ void TagFilter::build(std::string_view text, uint64_t generation) {
     for (size_t i = 0; i < waiting_count; ++i) note_tag(text, waiting[i], at);
     waiting_count = 0;
   };
-  const char* s = text.data();
-  size_t i = 0;
-#if defined(__SSE2__)
-  const __m128i open = _mm_set1_epi8('<');
-  const __m128i close = _mm_set1_epi8('>');
-  for (; i + 16 <= text.size() && !overflowed; i += 16) {
-    const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
-    auto mask = static_cast<unsigned>(_mm_movemask_epi8(
-        _mm_or_si128(_mm_cmpeq_epi8(chunk, open), _mm_cmpeq_epi8(chunk, close))));
-    for (; mask != 0; mask &= mask - 1) visit(i + static_cast<size_t>(__builtin_ctz(mask)));
-  }
-#endif
-  for (; i < text.size() && !overflowed; ++i) {
-    if (s[i] == '<' || s[i] == '>') visit(i);
-  }
+  for_each_angle_bracket(text, visit, [&] { return !overflowed; });
   // Sixty-four "<" in a row without a ">" is no record: such a text is not filtered.
   usable_ = !overflowed;
   valid_ = true;
