@@ -139,7 +139,6 @@ void clsXML::Clear(bool xbDestroyObject) {
     groups_.reset();
     // A new buffer starts its generations afresh.
     if (learnt_) learnt_->forget();
-    tag_filter_.forget();
     searches_ = 0;
     line = 2;
     loaded_ = false;
@@ -330,6 +329,7 @@ void clsXML::LearntPositions::forget() {
   value_end.forget();
   block_start.forget();
   block_end.forget();
+  tag_filter.forget();
 }
 
 clsXML::LearntPositions& clsXML::learnt() {
@@ -340,15 +340,15 @@ clsXML::LearntPositions& clsXML::learnt() {
 bool clsXML::may_hold(std::string_view text, std::string_view pattern) {
   if (text.size() < kTagFilterMinimum) return true;
   const uint64_t generation = buffer_->generation();
-  if (!tag_filter_.built_for(generation)) {
+  if (!learnt_ || !learnt_->tag_filter.built_for(generation)) {
     if (searched_generation_ != generation) {
       searched_generation_ = generation;
       searches_ = 0;
     }
     if (++searches_ < kSearchesBeforeTagFilter) return true;
-    tag_filter_.build(text, generation);
+    learnt().tag_filter.build(text, generation);
   }
-  return tag_filter_.may_hold(pattern);
+  return learnt_->tag_filter.may_hold(pattern);
 }
 
 size_t clsXML::skip_end_tags(std::string_view text, std::string_view end_tag, int16_t element,

@@ -128,7 +128,7 @@ class clsXML : public Object {
 
    private:
     // The usual short names are built in place; longer ones in the strings.
-    static constexpr size_t kInline = 62;
+    static constexpr size_t kInline = 30;
     char start_bytes_[kInline + 2];
     char end_bytes_[kInline + 3];
     std::optional<std::string_view> end_;
@@ -176,6 +176,7 @@ class clsXML : public Object {
   struct LearntPositions {
     EndTagIndex value_end_tags, block_end_tags, edit_end_tags;
     PatternIndex value_start, value_end, block_start, block_end;
+    TagFilter tag_filter;  // of a short text
     void forget();  // the buffer was replaced; the storage is kept
   };
   LearntPositions& learnt();
@@ -236,7 +237,6 @@ class clsXML : public Object {
   TagPatterns value_patterns_;
   TagPatterns block_patterns_;
   std::unique_ptr<LearntPositions> learnt_;
-  TagFilter tag_filter_;
   uint64_t searched_generation_ = 0;  // of the buffer, when searches_ were counted
   uint32_t searches_ = 0;             // of the buffer's text in that state
   ErrorState errors_;

@@ -154,7 +154,7 @@ TEST(XmlEngine, FieldValuesUnescapeAsTheReferencesReplacedInTurn) {
   }
 }
 
-// Tag names longer than the readers build in place (62 bytes) take their other room.
+// Tag names longer than the readers build in place (30 bytes) take their other room.
 TEST(XmlEngine, LongTagNamesAreWrittenAndReadBack) {
   const Text name(100, u'N');
   Ref<clsXML> x = snippet();
