@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 #include <stdexcept>
-#include <type_traits>
 
 #include "frame/procedure.h"
 #include "xml/angle_brackets.h"
@@ -23,9 +22,20 @@ bool is_valid_name(TextView name) {
                      [](char16_t c) { return c > 0 && c < 0x80 && c != u'<' && c != u'>'; });
 }
 
-// Equality as bytes: char16_t's character traits compare one unit at a time, both ways.
+// Equality as bytes: char16_t's character traits compare one unit at a time, both ways. A
+// record asks with the very literal its name set was made of, as a rule.
 bool same_text(TextView a, TextView b) {
-  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0;
+  return a.size() == b.size() &&
+         (a.data() == b.data() ||
+          std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0);
+}
+
+// A name of the set, held as Text and as bytes, against a name asked as either.
+bool same_name(TextView name, const Text& text, const std::string&) {
+  return same_text(name, text);
+}
+bool same_name(std::string_view name, const Text&, const std::string& bytes) {
+  return name == bytes;
 }
 
 }  // namespace
@@ -42,11 +52,8 @@ size_t ElementNames::lookup(const Unit* name, size_t length) const {
   for (size_t slot = slot_of(name, length);; slot = (slot + 1) % kSlots) {
     const uint8_t entry = slots_[slot];
     if (entry == 0) return npos;
-    const Text& candidate = names_[entry - 1];
-    if (candidate.size() == length &&
-        std::equal(name, name + length, candidate.begin(), [](Unit a, char16_t b) {
-          return static_cast<char16_t>(static_cast<std::make_unsigned_t<Unit>>(a)) == b;
-        })) {
+    if (same_name(std::basic_string_view<Unit>(name, length), names_[entry - 1],
+                  name_bytes_[entry - 1])) {
       return entry - 1;
     }
   }
@@ -69,7 +76,8 @@ void ElementNames::add_all(const Names& names) {
     if (!is_valid_name(name)) throw std::invalid_argument("ElementNames: unusable name");
     if (index_of(name) != npos) throw std::invalid_argument("ElementNames: duplicate name");
     names_.emplace_back(name);
-    end_tags_.push_back("</" + std::string(name.begin(), name.end()) + ">");
+    name_bytes_.emplace_back(name.begin(), name.end());
+    end_tags_.push_back("</" + name_bytes_.back() + ">");
     longest_ = std::max(longest_, name.size());
     first_bytes_by_length_[name.size() % 64] |= uint64_t{1} << (name.front() % 64);
     size_t slot = slot_of(name.data(), name.size());

@@ -62,6 +62,7 @@ class ElementNames {
   void add_all(const Names& names);
 
   std::vector<Text> names_;            // ASCII: each character is its code-page byte
+  std::vector<std::string> name_bytes_;  // the same names as bytes
   std::vector<std::string> end_tags_;  // "</name>" as bytes
   std::array<uint8_t, kSlots> slots_{};  // index + 1 of the name in each slot; 0: empty
   std::array<uint64_t, 64> first_bytes_by_length_{};  // bit first byte % 64, by length % 64
