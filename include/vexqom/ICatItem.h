@@ -135,6 +135,14 @@ class VEXQOM_API ICatItem : public Object {
   const ErrorState& last_error() const { return errors_; }
 
  private:
+  // The XML form as code-page bytes, for the ICatItemCol that holds it: a parent's text is
+  // handed on without widening it to Text and narrowing it again (the same bytes).
+  friend class ICatItemCol;
+  std::string xml_bytes();
+  void put_XML_bytes(std::string_view xml);
+  template <class Xml>
+  void load_xml(const Xml& xml);  // Text or code-page bytes
+
   ICatPriceCol& prices();  // error 91 without a price collection
   Variant jobber_amount(Currency (ICatPrice::*amount)() const, const char16_t* label);
   void clear_fields(bool xbDestroyObject);

@@ -66,6 +66,14 @@ class VEXQOM_API ICatPrice : public Object {
   const ErrorState& last_error() const { return errors_; }
 
  private:
+  // The XML form as code-page bytes, for the ICatPriceCol that holds it: a parent's text is
+  // handed on without widening it to Text and narrowing it again (the same bytes).
+  friend class ICatPriceCol;
+  std::string xml_bytes();
+  void put_XML_bytes(std::string_view xml);
+  template <class Xml>
+  void load_xml(const Xml& xml);  // Text or code-page bytes
+
   void clear_fields();
 
   Text Location_, SellerID_, DeliveryTime_;

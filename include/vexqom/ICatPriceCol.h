@@ -41,6 +41,14 @@ class VEXQOM_API ICatPriceCol : public Object {
   const ErrorState& last_error() const { return errors_; }
 
  private:
+  // The XML form as code-page bytes, for the ICatItem that holds it: a parent's text is
+  // handed on without widening it to Text and narrowing it again (the same bytes).
+  friend class ICatItem;
+  std::string xml_bytes();
+  void put_XML_bytes(std::string_view xml);
+  template <class Xml>
+  void load_xml(const Xml& xml);  // Text or code-page bytes
+
   Collection& require_members() const;  // error 91 without a member list
 
   Ref<Collection> members_;

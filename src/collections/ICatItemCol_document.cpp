@@ -21,7 +21,7 @@ Text ICatItemCol::get_XML() {
           ICatItem* item =
               member.is_object() ? dynamic_cast<ICatItem*>(member.object().get()) : nullptr;
           if (item == nullptr) throw Error(errc::kObjectNotSet);
-          return item->get_XML();
+          return item->xml_bytes();
         },
         line));
   });
@@ -45,7 +45,7 @@ void ICatItemCol::put_XML(const Text& xsXML) {
       line = 6;
       auto item = create<ICatItem>();
       line = 7;
-      item->put_XML(engine->get_Block(u"Item", static_cast<int16_t>(i)));
+      item->put_XML_bytes(engine->get_Block_bytes(u"Item", static_cast<int16_t>(i)));
       line = 8;
       // A second item under a key already loaded is dropped.
       tolerate_duplicate_key([&] { Add(item, item->UniqueKey()); });

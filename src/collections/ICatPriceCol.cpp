@@ -11,13 +11,13 @@ namespace vexqom {
 
 namespace {
 
-// The member's own "Price" element. An empty member or a foreign object cannot be
-// written, as with any object reference that is not a price.
-Text price_xml(const Variant& member) {
+// The member as a price. An empty member or a foreign object cannot be written, as with
+// any object reference that is not a price.
+ICatPrice& member_price(const Variant& member) {
   if (!member.is_object() || !member.object()) throw Error(errc::kObjectNotSet);
   auto* price = dynamic_cast<ICatPrice*>(member.object().get());
   if (price == nullptr) throw Error(errc::kTypeMismatch);
-  return price->get_XML();
+  return *price;
 }
 
 }  // namespace
@@ -60,7 +60,9 @@ Collection& ICatPriceCol::require_members() const {
   return *members_;
 }
 
-Text ICatPriceCol::get_XML() {
+Text ICatPriceCol::get_XML() { return from_code_page(xml_bytes()); }
+
+std::string ICatPriceCol::xml_bytes() {
   return run_procedure(errors_, u"ICatPriceCol | Get XML", Trace::Yes, [&](int& line) {
     line = 1;
     const Collection& members = require_members();
@@ -69,12 +71,20 @@ Text ICatPriceCol::get_XML() {
     form.root = u"Prices";
     form.compress = switches.XMLCompress;
     form.zero_suppress = switches.XMLZeroSuppress;
-    return observed_document("price-collection",
-                             write_collection_xml(form, members, price_xml, line));
+    const auto price_xml = [](const Variant& member) {
+      return member_price(member).xml_bytes();
+    };
+    return observed_bytes("price-collection",
+                          write_collection_bytes(form, members, price_xml, line));
   });
 }
 
-void ICatPriceCol::put_XML(const Text& xsXML) {
+void ICatPriceCol::put_XML(const Text& xsXML) { load_xml(xsXML); }
+
+void ICatPriceCol::put_XML_bytes(std::string_view xml) { load_xml(xml); }
+
+template <class Xml>
+void ICatPriceCol::load_xml(const Xml& xsXML) {
   run_procedure(errors_, u"ICatPriceCol | Let XML", Trace::Yes, [&](int& line) {
     line = 1;
     members_ = create<Collection>();
@@ -82,7 +92,7 @@ void ICatPriceCol::put_XML(const Text& xsXML) {
     if (xsXML.empty()) return;
     line = 3;
     auto engine = create<clsXML>();
-    engine->put_XML(xsXML);
+    put_engine_xml(*engine, xsXML);
     line = 4;
     // "Count" is trusted: exactly that many "Price" elements are read by position.
     const int16_t count = read_member_count(*engine);
@@ -90,7 +100,7 @@ void ICatPriceCol::put_XML(const Text& xsXML) {
       line = 5;
       auto price = create<ICatPrice>();
       line = 6;
-      price->put_XML(engine->get_Block(u"Price", static_cast<int16_t>(i)));
+      price->put_XML_bytes(engine->get_Block_bytes(u"Price", static_cast<int16_t>(i)));
       line = 7;
       // At most one supplier price survives: every seller competes for "JOBBER".
       const Text key = price->get_SellerID().empty() ? price->get_Location() : Text(u"JOBBER");

@@ -13,10 +13,14 @@ namespace {
 constexpr char16_t kMembersPlaceholder[] = u"<_/>";
 constexpr size_t kPlaceholderLength = std::size(kMembersPlaceholder) - 1;
 
+bool looks_like_markup(std::string_view bytes) {
+  return !bytes.empty() && bytes.front() == '<' && bytes.back() == '>';
+}
+
 }  // namespace
 
-Text compose_collection_xml(const CollectionForm& form, int32_t count, Text&& members_xml,
-                            int& line) {
+std::string compose_collection_bytes(const CollectionForm& form, int32_t count,
+                                     std::string&& members_xml, int& line) {
   auto engine = create<clsXML>();
   line = 3;
   engine->put_Snippet(true);
@@ -32,16 +36,15 @@ Text compose_collection_xml(const CollectionForm& form, int32_t count, Text&& me
   engine->Add(u"Count", integer_text(count));
   line = 7;
   // Markup is written as it is (never escaped, never a number), so the engine can write a
-  // placeholder and the members take its place afterwards; each character stays one
-  // code-page byte, so the engine's byte offsets are the text's offsets. Anything else
-  // goes through the engine's rules.
-  const bool splice = looks_like_xml(members_xml);
+  // placeholder and the members take its place afterwards. Anything else goes through the
+  // engine's rules.
+  const bool splice = looks_like_markup(members_xml);
   size_t at = 0;
   if (splice) {
     engine->Add(u"Collection", kMembersPlaceholder);
     at = engine->built_length() - kPlaceholderLength - (sizeof("</Collection>") - 1);
   } else {
-    engine->Add(u"Collection", members_xml);
+    engine->Add(u"Collection", from_code_page(members_xml));
   }
   if (form.with_vehicle) {
     line = 8;
@@ -50,10 +53,10 @@ Text compose_collection_xml(const CollectionForm& form, int32_t count, Text&& me
   }
   line = 9;
   engine->EndGroup();
-  Text around = engine->get_XML();
-  if (!splice) return around;
-  members_xml.insert(0, around, 0, at);
-  members_xml.append(around, at + kPlaceholderLength);
+  const std::string_view around = engine->snippet_bytes();
+  if (!splice) return std::string(around);
+  members_xml.insert(0, around.substr(0, at));
+  members_xml.append(around.substr(at + kPlaceholderLength));
   return std::move(members_xml);
 }
 

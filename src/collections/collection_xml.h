@@ -24,11 +24,19 @@ struct CollectionForm {
   const Ref<ICatVehicle>* vehicle = nullptr;
 };
 
-// Writes the collection; member_xml gives each member's own XML text. `line` follows the
-// writer's steps so that a failure reports where it happened (a missing vehicle: 91).
+// Writes the collection as code-page bytes; member_xml gives each member's own XML, as
+// Text or as code-page bytes. `line` follows the writer's steps so that a failure reports
+// where it happened (a missing vehicle: 91).
+template <class MemberXml>
+std::string write_collection_bytes(const CollectionForm& form, const Collection& members,
+                                   MemberXml&& member_xml, int& line);
+
+// The same document as Text.
 template <class MemberXml>
 Text write_collection_xml(const CollectionForm& form, const Collection& members,
-                          MemberXml&& member_xml, int& line);
+                          MemberXml&& member_xml, int& line) {
+  return from_code_page(write_collection_bytes(form, members, member_xml, line));
+}
 
 // Room kept beside the members for the elements around them (root, count, vehicle).
 inline constexpr size_t kCollectionXmlRoom = 4096;
@@ -47,33 +55,38 @@ inline size_t estimated_members_room(size_t first, size_t n) {
   return std::min(wanted, first + kMostExtra);
 }
 
+inline void append_member_xml(std::string& joined, const Text& xml) {
+  append_code_page(joined, xml);
+}
+inline void append_member_xml(std::string& joined, const std::string& xml) { joined += xml; }
+
 // The members' XML, one after the other. Room for all of them is usually taken once, so a
 // large selection is neither joined again nor grown by doubling.
 template <class MemberXml>
-Text joined_members_xml(const Collection& members, MemberXml&& member_xml) {
-  Text joined;
+std::string joined_members_xml(const Collection& members, MemberXml&& member_xml) {
+  std::string joined;
   for (size_t i = 0; i < members.size(); ++i) {
-    Text xml = member_xml(members.at(i));
+    const auto xml = member_xml(members.at(i));
     if (i == 0) {
       joined.reserve(estimated_members_room(xml.size(), members.size()));
-      prefer_large_pages(joined.data(), joined.capacity() * sizeof(char16_t));
+      prefer_large_pages(joined.data(), joined.capacity());
     }
-    joined += xml;
+    append_member_xml(joined, xml);
   }
   return joined;
 }
 
 // Writes the collection around the members' XML, reusing its storage for the result.
-Text compose_collection_xml(const CollectionForm& form, int32_t count, Text&& members_xml,
-                            int& line);
+std::string compose_collection_bytes(const CollectionForm& form, int32_t count,
+                                     std::string&& members_xml, int& line);
 
 template <class MemberXml>
-Text write_collection_xml(const CollectionForm& form, const Collection& members,
-                          MemberXml&& member_xml, int& line) {
+std::string write_collection_bytes(const CollectionForm& form, const Collection& members,
+                                   MemberXml&& member_xml, int& line) {
   line = 2;
-  Text joined = joined_members_xml(members, member_xml);
-  return compose_collection_xml(form, static_cast<int32_t>(members.size()), std::move(joined),
-                                line);
+  std::string joined = joined_members_xml(members, member_xml);
+  return compose_collection_bytes(form, static_cast<int32_t>(members.size()),
+                                  std::move(joined), line);
 }
 
 }  // namespace vexqom

@@ -96,12 +96,12 @@ void CString::SetBufferSize(int32_t newSize, bool clearIt) {
   if (length_ > buffer_size_) length_ = buffer_size_;
 }
 
-void CString::ensure_size(int32_t needed) {
+void CString::ensure_size(int32_t needed, Fill fill) {
   if (needed > buffer_size_) SetBufferSize(needed);
-  materialize(static_cast<size_t>(needed));
+  materialize(static_cast<size_t>(needed), fill);
 }
 
-void CString::materialize(size_t count) {
+void CString::materialize(size_t count, Fill fill) {
   if (count <= data_.size()) return;
   // Geometric growth of the storage, starting at a size that holds a typical record in
   // one allocation; the reported size stays exact-fit.
@@ -109,7 +109,11 @@ void CString::materialize(size_t count) {
   if (count > data_.capacity()) {
     data_.reserve(std::max({count, data_.capacity() * 2, kFirstStorage}));
   }
-  data_.resize(count);
+  if (fill == Fill::kOverwritten) {
+    data_.resize_for_overwrite(count);
+  } else {
+    data_.resize(count);
+  }
 }
 
 Text CString::get_Value() const { return from_code_page(bytes()); }
@@ -118,8 +122,16 @@ void CString::put_Value(TextView newValue) {
   // Converted straight into the storage: no second copy of a large text.
   ++generation_;
   const int32_t count = checked_length(newValue.size());
-  ensure_size(count);
+  ensure_size(count, Fill::kOverwritten);
   encode_code_page(newValue, data_.data());
+  length_ = count;
+}
+
+void CString::put_ValueBytes(std::string_view bytes) {
+  ++generation_;
+  const int32_t count = checked_length(bytes.size());
+  ensure_size(count, Fill::kOverwritten);
+  if (count > 0) std::memcpy(data_.data(), bytes.data(), bytes.size());
   length_ = count;
 }
 
@@ -327,7 +339,7 @@ CString& CString::Append(const CString& other) { return AppendBytes(other.bytes(
 char* CString::AppendSpace(size_t count) {
   ++generation_;
   const int32_t newLength = checked_sum(length_, count);
-  ensure_size(newLength);
+  ensure_size(newLength, Fill::kOverwritten);  // the caller writes every new byte
   char* at = data_.data() + length_;
   length_ = newLength;
   return at;

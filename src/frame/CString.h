@@ -39,6 +39,7 @@ class CString : public Object {
 
   Text get_Value() const;
   void put_Value(TextView newValue);
+  void put_ValueBytes(std::string_view bytes);  // the value as code-page bytes
 
   // Writes a zero byte at index length and returns the address of the first byte;
   // valid until the next operation that grows the buffer.
@@ -114,8 +115,11 @@ class CString : public Object {
   }
 
  private:
-  void ensure_size(int32_t needed);  // exact-fit reported size, geometric storage
-  void materialize(size_t count);     // stores at least the first count bytes
+  // Whether bytes newly stored are zeroed, or left for the caller who writes all of them.
+  enum class Fill : bool { kZeros, kOverwritten };
+  // Exact-fit reported size, geometric storage.
+  void ensure_size(int32_t needed, Fill fill = Fill::kZeros);
+  void materialize(size_t count, Fill fill = Fill::kZeros);  // stores the first count bytes
 
   // The first bytes of the buffer; the rest, up to the reported size and its spare byte,
   // are zeros not yet stored, so a fresh buffer costs no allocation. Holds at least

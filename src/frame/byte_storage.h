@@ -56,6 +56,11 @@ class ByteStorage {
     size_ = count;
   }
 
+  // Growing leaves the new bytes as they are: for a caller about to write all of them.
+  void resize_for_overwrite(size_t count) {
+    if (count > size_) reserve(count);
+    size_ = count;
+  }
   // Blocks from this size up to the largest are kept for the thread's next buffer.
   static constexpr size_t kSpareMinimum = 64 * 1024;
   static constexpr size_t kSpareMaximum = 16 * 1024 * 1024;

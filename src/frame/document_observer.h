@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <string>
 
 #include "vexqom/text.h"
 
@@ -25,6 +26,16 @@ inline Text observed_document(const char* form, Text xml) {
   if (const DocumentObserver observer =
           detail::g_document_observer.load(std::memory_order_acquire)) {
     detail::notify_document_observer(observer, form, xml);
+  }
+  return xml;
+}
+
+// The same for a document written as code-page bytes (records nested in a parent's
+// document); the observer sees it as Text.
+inline std::string observed_bytes(const char* form, std::string xml) {
+  if (const DocumentObserver observer =
+          detail::g_document_observer.load(std::memory_order_acquire)) {
+    detail::notify_document_observer(observer, form, from_code_page(xml));
   }
   return xml;
 }

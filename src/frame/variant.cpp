@@ -372,7 +372,24 @@ bool is_numeric_text(TextView text, double* value) {
   return true;
 }
 
+// True when the text is certainly not a number equal to zero, judged by its first
+// character: a word, or a number with a leading nonzero digit and no exponent that could
+// bring it below the smallest double.
+static bool plainly_not_zero(TextView text) {
+  if (text.empty()) return true;
+  const char16_t c = text.front();
+  if (c >= u'1' && c <= u'9') {
+    for (const char16_t u : text) {
+      if (u == u'E' || u == u'e' || u == u'D' || u == u'd') return false;
+    }
+    return true;
+  }
+  return !(c == u'0' || c == u'+' || c == u'-' || c == u'.' || c == u'&' || c == u' ' ||
+           c == u'\t');
+}
+
 bool is_zero_number_text(TextView text) {
+  if (plainly_not_zero(text)) return false;
   TextView s;
   NumberScan n;
   if (!scan_whole_number(text, s, n)) return false;

@@ -35,7 +35,9 @@ const ElementNames& item_elements() {
 
 }  // namespace
 
-Text ICatItem::get_XML() {
+Text ICatItem::get_XML() { return from_code_page(xml_bytes()); }
+
+std::string ICatItem::xml_bytes() {
   return run_procedure(errors_, u"ICatItem | Get XML", Trace::No, [&](int& line) {
     line = 1;
     auto engine = create<clsXML>();
@@ -70,7 +72,7 @@ Text ICatItem::get_XML() {
     engine->Add(u"QuantityPerCar", QuantityPerCar_.to_text());
     line = 7;
     // Appended whatever it holds, so "Prices" is always there.
-    engine->AddXML(prices().get_XML());
+    engine->AddXML_bytes(prices().xml_bytes());
     line = 8;
     engine->Add(u"LaborOperation", LaborOperation_);
     engine->Add(u"LaborSkill", LaborSkill_);
@@ -94,11 +96,16 @@ Text ICatItem::get_XML() {
     line = 9;
     engine->EndGroup();
     line = 10;
-    return observed_document("item", engine->get_XML());
+    return observed_bytes("item", std::string(engine->snippet_bytes()));
   });
 }
 
-void ICatItem::put_XML(const Text& xsXML) {
+void ICatItem::put_XML(const Text& xsXML) { load_xml(xsXML); }
+
+void ICatItem::put_XML_bytes(std::string_view xml) { load_xml(xml); }
+
+template <class Xml>
+void ICatItem::load_xml(const Xml& xsXML) {
   run_procedure(errors_, u"ICatItem | Let XML", Trace::No, [&](int& line) {
     line = 1;
     // The old prices never survive a load, not even when the text has none.
@@ -107,7 +114,7 @@ void ICatItem::put_XML(const Text& xsXML) {
     if (xsXML.empty()) return;
     line = 3;
     auto engine = create<clsXML>();
-    engine->put_XML(xsXML);
+    put_engine_xml(*engine, xsXML);
     const FirstValues values(*engine, item_elements());
     line = 4;
     WorkGroup_ = integer_from(values.get(u"WorkGroup"));
@@ -137,7 +144,7 @@ void ICatItem::put_XML(const Text& xsXML) {
     QuantityPerCar_ = amount_from(values.get(u"QuantityPerCar"));
     line = 11;
     // The whole element, tags included; no "Prices" gives the empty text, an empty list.
-    prices().put_XML(engine->get_Block(u"Prices", 1));
+    prices().put_XML_bytes(engine->get_Block_bytes(u"Prices", 1));
     line = 12;
     LaborOperation_ = values.get(u"LaborOperation");
     LaborSkill_ = values.get(u"LaborSkill");

@@ -119,7 +119,9 @@ void ICatPrice::clear_fields() {
   Margin_ = Currency();
 }
 
-Text ICatPrice::get_XML() {
+Text ICatPrice::get_XML() { return from_code_page(xml_bytes()); }
+
+std::string ICatPrice::xml_bytes() {
   return run_procedure(errors_, u"ICatPrice | Get XML", Trace::No, [&](int& line) {
     line = 1;
     auto engine = create<clsXML>();
@@ -155,11 +157,16 @@ Text ICatPrice::get_XML() {
     line = 8;
     engine->EndGroup();
     line = 9;
-    return observed_document("price", engine->get_XML());
+    return observed_bytes("price", std::string(engine->snippet_bytes()));
   });
 }
 
-void ICatPrice::put_XML(const Text& xsXML) {
+void ICatPrice::put_XML(const Text& xsXML) { load_xml(xsXML); }
+
+void ICatPrice::put_XML_bytes(std::string_view xml) { load_xml(xml); }
+
+template <class Xml>
+void ICatPrice::load_xml(const Xml& xsXML) {
   run_procedure(errors_, u"ICatPrice | Let XML", Trace::No, [&](int& line) {
     line = 1;
     Clear();
@@ -167,7 +174,7 @@ void ICatPrice::put_XML(const Text& xsXML) {
     if (xsXML.empty()) return;
     line = 3;
     auto engine = create<clsXML>();
-    engine->put_XML(xsXML);
+    put_engine_xml(*engine, xsXML);
     const FirstValues values(*engine, price_elements());
     line = 4;
     Location_ = values.get(u"Location");

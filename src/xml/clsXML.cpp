@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <stdexcept>
 #include <utility>
 
 #include "frame/ascii_runs.h"
@@ -400,6 +401,16 @@ void clsXML::replace_span(size_t from, size_t to, std::string_view replacement) 
 void clsXML::put_XML(const Text& xsXML) {
   if (!buffer_) buffer_ = create<CString>();
   buffer_->put_Value(xsXML);
+  text_replaced();
+}
+
+void clsXML::put_XML_bytes(std::string_view xml) {
+  if (!buffer_) buffer_ = create<CString>();
+  buffer_->put_ValueBytes(xml);
+  text_replaced();
+}
+
+void clsXML::text_replaced() {
   value_memory_ = SearchMemory{};
   block_memory_ = SearchMemory{};
   loaded_ = true;
@@ -408,6 +419,14 @@ void clsXML::put_XML(const Text& xsXML) {
 Text clsXML::get_XML() {
   if (loaded_) return from_code_page(buffer().bytes());
   return ComposeDocument();
+}
+
+std::string_view clsXML::snippet_bytes() {
+  if (!loaded_) {
+    if (!snippet_) throw std::logic_error("snippet_bytes: the engine composes a document");
+    while (!group_stack().empty()) EndGroup();
+  }
+  return buffer().bytes();
 }
 
 Text clsXML::ComposeDocument() {
@@ -467,8 +486,10 @@ void clsXML::Add(TextView xsTagNam, TextView xsStrVal, bool xbNewGroup, bool xbE
     const size_t size = indent + tag_size + 2 + value_size + end_tag_size + (formatted_ ? 2 : 0);
     line = 8;
     char* out = buf.AppendSpace(size);
-    std::memset(out, ' ', indent);
-    out += indent;
+    if (indent > 0) {  // unformatted, the usual case, has none
+      std::memset(out, ' ', indent);
+      out += indent;
+    }
     *out++ = '<';
     const char* tag_bytes = out;
     encode_code_page(xsTagNam, out);
@@ -511,6 +532,19 @@ void clsXML::AddXML(const Text& xsXML) {
   append_indentation(out, level_);
   append_code_page(out, xsXML);
   if (formatted_) out += kCrLf;
+  buf.AppendBytes(out);
+}
+
+void clsXML::AddXML_bytes(std::string_view xml) {
+  CString& buf = buffer();
+  const size_t indentation = indentation_width(level_);  // may fail (6): nothing added
+  if (!formatted_) {
+    buf.AppendBytes(xml);
+    return;
+  }
+  std::string out(indentation, ' ');
+  out += xml;
+  out += kCrLf;
   buf.AppendBytes(out);
 }
 
@@ -626,10 +660,15 @@ Text clsXML::get_Value(TextView xsTagName, int16_t xiElement) {
 }
 
 Text clsXML::get_Block(TextView xsTagName, int16_t xiElement) {
-  return run_procedure(errors_, u"clsXML | Get Block", Trace::No, [&](int& line) -> Text {
+  return from_code_page(get_Block_bytes(xsTagName, xiElement));
+}
+
+std::string_view clsXML::get_Block_bytes(TextView xsTagName, int16_t xiElement) {
+  using Bytes = std::string_view;
+  return run_procedure(errors_, u"clsXML | Get Block", Trace::No, [&](int& line) -> Bytes {
     line = 1;
     const std::string_view text = buffer().bytes();
-    if (text.empty() || xsTagName.empty()) return Text();
+    if (text.empty() || xsTagName.empty()) return Bytes();
     line = 2;
     TagPatterns& tag = block_patterns_;
     tag.set(xsTagName);
@@ -656,21 +695,21 @@ Text clsXML::get_Block(TextView xsTagName, int16_t xiElement) {
     size_t s = search(text, start, from, &LearntPositions::block_start);
     line = 6;
     if (s == std::string_view::npos) {
-      if (remembered) return Text();
+      if (remembered) return Bytes();
       line = 7;
       start.assign("<").append(name).append(" ");  // a start tag with attributes
       s = find_bytes(text, start, from);
-      if (s == std::string_view::npos) return Text();
+      if (s == std::string_view::npos) return Bytes();
     }
     line = 8;
     size_t e = search(text, end, s, &LearntPositions::block_end);
     line = 9;
     if (e == std::string_view::npos) {
-      if (remembered) return Text();
+      if (remembered) return Bytes();
       line = 10;
       end = "/>";  // an empty-element tag
       e = find_bytes(text, end, s);
-      if (e == std::string_view::npos) return Text();
+      if (e == std::string_view::npos) return Bytes();
     }
     line = 11;
     const size_t after = e + end.size();
@@ -680,7 +719,7 @@ Text clsXML::get_Block(TextView xsTagName, int16_t xiElement) {
     block_memory_.start_pattern = std::move(start);
     block_memory_.end_pattern = std::move(end);
     line = 12;
-    return from_code_page(trim_byte_blanks(text.substr(s, after - s)));
+    return trim_byte_blanks(text.substr(s, after - s));
   });
 }
 

@@ -54,6 +54,12 @@ class clsXML : public Object {
   // ---- Whole text ----
   void put_XML(const Text& xsXML);
   Text get_XML();
+  // The same for text already in the engine's code page (a block of another engine's
+  // text): decoding it and encoding it again would give back the very same bytes.
+  void put_XML_bytes(std::string_view xml);
+  // A snippet's bytes, open groups closed as get_XML closes them; valid until the engine
+  // changes. Only for snippets: a composed document's header is Text.
+  std::string_view snippet_bytes();
 
   // ---- Builder ----
   void Add(TextView xsTagNam, TextView xsStrVal, bool xbNewGroup = false,
@@ -68,6 +74,7 @@ class clsXML : public Object {
   void AddAttrVal(const Text& xsTagNam, const Text& xsAttr, const Text& xsVal,
                   bool xbNewGroup = false);
   void AddXML(const Text& xsXML);
+  void AddXML_bytes(std::string_view xml);  // AddXML of code-page bytes
   void EndGroup();
   void Comment(const Text& xsComment);
   void Clear(bool xbDestroyObject = false);
@@ -89,6 +96,12 @@ class clsXML : public Object {
   Text get_Block(const char16_t (&xsTagName)[N], int16_t xiElement = 0) {
     return get_Block(TextView(xsTagName, N - 1), xiElement);
   }
+  // get_Block's bytes, for another engine to load (valid until this one changes).
+  std::string_view get_Block_bytes(TextView xsTagName, int16_t xiElement = 0);
+  template <size_t N>
+  std::string_view get_Block_bytes(const char16_t (&xsTagName)[N], int16_t xiElement = 0) {
+    return get_Block_bytes(TextView(xsTagName, N - 1), xiElement);
+  }
   void put_Block(const Text& xsTagName, int16_t xiElement, const Text& xsBlock);
   Text get_Attrib(const Text& xsTag, const Text& xsAttr);
   void put_Attrib(const Text& xsTag, const Text& xsAttr, const Text& xsValue);
@@ -109,6 +122,7 @@ class clsXML : public Object {
   size_t built_length() const { return buffer_ ? static_cast<size_t>(buffer_->get_Length()) : 0; }
 
  private:
+  void text_replaced();  // a new whole text: nothing learnt about the old one holds
   struct SearchMemory {
     int32_t position = 0;  // 1-based, just after the end tag of the element read last
     int32_t element = 0;
@@ -241,5 +255,9 @@ class clsXML : public Object {
   uint32_t searches_ = 0;             // of the buffer's text in that state
   ErrorState errors_;
 };
+
+// Loads a whole text given as Text or as code-page bytes, for readers that take both.
+inline void put_engine_xml(clsXML& engine, const Text& xml) { engine.put_XML(xml); }
+inline void put_engine_xml(clsXML& engine, std::string_view xml) { engine.put_XML_bytes(xml); }
 
 }  // namespace vexqom

@@ -107,6 +107,38 @@ TEST_F(ItemColDocument, RoundTripKeepsOrderKeysVehicleAndTotals) {
   EXPECT_TRUE(logs_.error_lines().empty());
 }
 
+// Items and prices pass through the document's text without widening and narrowing at
+// each level: what each level writes and reads must be what it does on its own, for
+// characters beyond ASCII and for the ones the code page cannot hold ("?").
+TEST_F(ItemColDocument, NestedRecordsWriteAndReadAsOnTheirOwn) {
+  auto source = create<ICatItemCol>();
+  auto item = part(u"B\u00e9", u"\u20ac-9", 3, 2.5, u"Z\u00fcndkerze \u015d & <tip>");
+  auto jobber = item->get_PriceCol()->get_Item(Variant(u"JOBBER"));
+  jobber->put_DeliveryTime(u"2 \u0434\u043d\u044f \u00bd");
+  source->Add(item, item->UniqueKey());
+  const Text text = source->get_XML();
+  EXPECT_NE(text.find(item->get_XML()), Text::npos) << "the item's own XML, as it stands";
+  EXPECT_NE(text.find(jobber->get_XML()), Text::npos);
+
+  auto copy = create<ICatItemCol>();
+  copy->put_XML(text);
+  ASSERT_EQ(copy->get_Count(), 1);
+  Variant first(int32_t{1});
+  auto loaded = copy->get_Item(first);
+  auto alone = create<ICatItem>();
+  alone->put_XML(item->get_XML());
+  EXPECT_EQ(loaded->get_Description(), u"Z\u00fcndkerze ? & <tip>");
+  EXPECT_EQ(loaded->get_Description(), alone->get_Description());
+  EXPECT_EQ(loaded->get_ItemNumber(), u"\u20ac-9");
+  auto loaded_jobber = loaded->get_PriceCol()->get_Item(Variant(u"JOBBER"));
+  EXPECT_EQ(loaded_jobber->get_DeliveryTime(), u"2 ??? \u00bd");
+  EXPECT_EQ(loaded_jobber->get_Cost(), Currency::from_double(2.5));
+  EXPECT_EQ(loaded->get_XML(), alone->get_XML());
+  // The reloaded selection writes the document again, the unheld characters as "?".
+  EXPECT_EQ(copy->get_XML(), from_code_page(to_code_page(text)));
+  EXPECT_TRUE(logs_.error_lines().empty());
+}
+
 TEST_F(ItemColDocument, VersionComesFromTheDocument) {
   auto col = create<ICatItemCol>();
   const std::string body = "<Count>1</Count><Collection>" + item_xml("ACD", "1", 2) +

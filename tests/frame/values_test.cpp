@@ -207,15 +207,18 @@ TEST(ValuesNumbers, ZeroNumberTextAgreesWithTheConvertedValue) {
   std::vector<Text> texts = {u"0",       u"00",    u"0.00", u"-0",  u" 0 ",  u"\t-.0\t",
                              u"0.",      u"+0",    u"0A",   u"",    u"0.001", u"10",
                              u"&H0",     u"&O0",   u"&H10", u"0E5", u"1E-400", u"-1D-999",
-                             u"0e",      u"- 0",   u"00.000100", u"1e400"};
+                             u"0e",      u"- 0",   u"00.000100", u"1e400",
+                             u"1d-400",  u"9E-999", u"5 each", u"x0"};
   const Text deep = u"0." + Text(299, u'0') + u"1";   // 1E-300: a double
   const Text deeper = u"0." + Text(330, u'0') + u"1";  // below the smallest double: 0
   texts.insert(texts.end(), {deep, deeper, u"-" + deeper, Text(400, u'0') + u".0"});
   std::mt19937 random(7);
-  const char16_t pieces[] = u"000000123.-+eE &";
-  for (int i = 0; i < 2000; ++i) {
+  const TextView pieces = u"000000123.-+eEdD &\tx";
+  for (int i = 0; i < 4000; ++i) {
     Text t;
-    for (int k = static_cast<int>(random() % 7); k >= 0; --k) t += pieces[random() % 16];
+    for (int k = static_cast<int>(random() % 7); k >= 0; --k) {
+      t += pieces[random() % pieces.size()];
+    }
     texts.push_back(t);
   }
   int zeros = 0;
