@@ -7,6 +7,7 @@
 // is not Text 13.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <unordered_map>
@@ -71,12 +72,21 @@ class VEXQOM_API Collection : public Object {
   void drop_last();  // undoes append() when indexing the key fails
   void erase_slot(size_t slot);
   void compact();
+  // Keys are found by a scan while a collection holds few of them, as most do (a part's
+  // prices), and through a hash index once it has held more: no index to build and tear
+  // down for every small collection.
+  static constexpr size_t kScannedKeys = 8;
+  Entry* find_key(TextView folded_key) const;
+  void index_key(Entry* entry);  // the appended entry's key; may fail only when indexed
   void forget_key(const Entry& e);
 
   std::vector<std::unique_ptr<Entry>> slots_;  // null: a removed member's slot
   std::vector<uint32_t> filled_tree_;          // Fenwick tree over slots_, 1-based
   size_t live_ = 0;
-  std::unordered_map<Text, Entry*> by_key_;
+  std::array<Entry*, kScannedKeys> few_keys_{};  // the keyed entries, until indexed_
+  size_t few_count_ = 0;
+  bool indexed_ = false;
+  std::unordered_map<TextView, Entry*> by_key_;  // views of the entries' own keys
 };
 
 template <class Pred>

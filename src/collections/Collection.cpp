@@ -1,5 +1,6 @@
 #include "vexqom/Collection.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "frame/class_info.h"
@@ -50,7 +51,7 @@ void Collection::Add(const Variant& Item, const Variant& Key) {
   entry->value = Item;
   entry->folded_key = fold_case(Key.text());
   entry->has_key = true;
-  if (by_key_.contains(entry->folded_key)) throw Error(errc::kDuplicateKey);
+  if (find_key(entry->folded_key)) throw Error(errc::kDuplicateKey);
   append(std::move(entry));
 }
 
@@ -60,7 +61,7 @@ void Collection::add(Variant member, const Text& key) {
   if (!key.empty()) {
     entry->folded_key = fold_case(key);
     entry->has_key = true;
-    if (by_key_.contains(entry->folded_key)) throw Error(errc::kDuplicateKey);
+    if (find_key(entry->folded_key)) throw Error(errc::kDuplicateKey);
   }
   append(std::move(entry));
 }
@@ -68,17 +69,17 @@ void Collection::add(Variant member, const Text& key) {
 Variant Collection::Item(const Variant& Index) const {
   if (Index.is_text()) {
     // Key lookups go straight through the index.
-    auto it = by_key_.find(fold_case(Index.text()));
-    if (it == by_key_.end()) throw Error(errc::kInvalidProcedureCall);
-    return it->second->value;
+    const Entry* found = find_key(fold_case(Index.text()));
+    if (found == nullptr) throw Error(errc::kInvalidProcedureCall);
+    return found->value;
   }
   return slots_[slot_of(Index)]->value;
 }
 
 const Variant* Collection::find(const Variant& index) const {
   if (!index.is_text()) return nullptr;
-  auto it = by_key_.find(fold_case(index.text()));
-  return it == by_key_.end() ? nullptr : &it->second->value;
+  const Entry* found = find_key(fold_case(index.text()));
+  return found == nullptr ? nullptr : &found->value;
 }
 
 void Collection::Remove(const Variant& Index) { erase_slot(slot_of(Index)); }
@@ -97,9 +98,9 @@ Ref<Enumerator> Collection::NewEnum() const {
 size_t Collection::slot_of(const Variant& index) const {
   switch (index.type()) {
     case VarType::kText: {
-      auto it = by_key_.find(fold_case(index.text()));
-      if (it == by_key_.end()) throw Error(errc::kInvalidProcedureCall);
-      return it->second->slot;
+      const Entry* found = find_key(fold_case(index.text()));
+      if (found == nullptr) throw Error(errc::kInvalidProcedureCall);
+      return found->slot;
     }
     case VarType::kInteger: return slot_at(position_from_number(index.integer(), live_));
     case VarType::kLong: return slot_at(position_from_number(index.long_value(), live_));
@@ -142,6 +143,10 @@ void Collection::append(std::unique_ptr<Entry> entry) {
       live_ == slots_.size() ? low : 1 + filled_up_to(k - 1) - filled_up_to(k - low);
   entry->slot = slots_.size();
   Entry* raw = entry.get();
+  if (slots_.empty()) {  // one allocation for a small collection's members
+    slots_.reserve(4);
+    filled_tree_.reserve(4);
+  }
   filled_tree_.push_back(static_cast<uint32_t>(covered));
   try {
     slots_.push_back(std::move(entry));
@@ -152,7 +157,7 @@ void Collection::append(std::unique_ptr<Entry> entry) {
   ++live_;
   if (!raw->has_key) return;
   try {
-    by_key_.emplace(raw->folded_key, raw);
+    index_key(raw);
   } catch (...) {
     drop_last();  // keep the collection unchanged on failure
     throw;
@@ -190,8 +195,50 @@ void Collection::compact() {
   live_ = kept;
 }
 
+Collection::Entry* Collection::find_key(TextView folded_key) const {
+  if (indexed_) {
+    const auto it = by_key_.find(folded_key);
+    return it == by_key_.end() ? nullptr : it->second;
+  }
+  for (size_t i = 0; i < few_count_; ++i) {
+    if (few_keys_[i]->folded_key == folded_key) return few_keys_[i];
+  }
+  return nullptr;
+}
+
+void Collection::index_key(Entry* entry) {
+  if (!indexed_ && few_count_ < kScannedKeys) {
+    few_keys_[few_count_++] = entry;
+    return;
+  }
+  if (!indexed_) {
+    try {
+      for (size_t i = 0; i < few_count_; ++i) {
+        by_key_.emplace(few_keys_[i]->folded_key, few_keys_[i]);
+      }
+    } catch (...) {
+      by_key_.clear();  // still scanning the few
+      throw;
+    }
+    indexed_ = true;
+    few_count_ = 0;
+  }
+  by_key_.emplace(entry->folded_key, entry);
+}
+
 void Collection::forget_key(const Entry& e) {
-  if (e.has_key) by_key_.erase(e.folded_key);
+  if (!e.has_key) return;
+  if (indexed_) {
+    by_key_.erase(e.folded_key);
+    return;
+  }
+  for (size_t i = 0; i < few_count_; ++i) {
+    if (few_keys_[i] == &e) {
+      std::copy(few_keys_.begin() + i + 1, few_keys_.begin() + few_count_, few_keys_.begin() + i);
+      --few_count_;
+      return;
+    }
+  }
 }
 
 }  // namespace vexqom

@@ -89,6 +89,45 @@ TEST(Collection, RemovalClosesUpPositionsAndFreesKeys) {
   EXPECT_EQ(seen, (std::vector<Variant>{V(u"b"), V(u"d"), V(u"a2")}));
 }
 
+// Small collections scan their few keys and larger ones index them: lookups, refusals and
+// removals must not tell the two apart, across the change and after the slots are squeezed.
+TEST(Collection, KeysBehaveAlikeScannedAndIndexed) {
+  auto c = create<Collection>();
+  auto key = [](int i) {  // short keys live inside their entry, long ones outside
+    return (i % 2 ? u"k" : u"a rather long key number ") + integer_text(i);
+  };
+  for (int n = 0; n < 80; ++n) {
+    c->Add(Variant(n), Variant(key(n)));
+    ASSERT_EQ(error_of([&] { c->Add(Variant(-1), Variant(upper_case(key(n)))); }), 457) << n;
+    ASSERT_EQ(error_of([&] { c->add(Variant(-1), key(n / 2)); }), 457) << n;
+    ASSERT_EQ(c->Count(), n + 1);
+    for (int i = 0; i <= n; ++i) {
+      ASSERT_EQ(c->Item(Variant(upper_case(key(i)))).long_value(), i) << n << " " << i;
+    }
+    ASSERT_EQ(c->find(Variant(key(n + 1))), nullptr);
+  }
+  // Every other member goes by key: more than half of the slots empty, so they are squeezed.
+  for (int n = 0; n < 80; n += 2) c->Remove(Variant(key(n)));
+  c->Remove(Variant(int32_t{1}));  // "k1", by position
+  EXPECT_EQ(c->Count(), 39);
+  for (int n = 3; n < 80; n += 2) EXPECT_EQ(c->Item(Variant(key(n))).long_value(), n);
+  EXPECT_EQ(error_of([&] { c->Item(Variant(key(1))); }), 5);
+  c->Add(Variant(1001), Variant(key(0)));  // freed keys are free again
+  EXPECT_EQ(c->Item(Variant(key(0))).long_value(), 1001);
+
+  auto few = create<Collection>();
+  for (int n = 0; n < 5; ++n) few->add(Variant(n), key(n));
+  few->Remove(Variant(key(2)));
+  few->Remove(Variant(int32_t{1}));
+  EXPECT_EQ(error_of([&] { few->Item(Variant(key(2))); }), 5);
+  EXPECT_EQ(error_of([&] { few->Item(Variant(key(0))); }), 5);
+  few->add(Variant(7), key(2));
+  EXPECT_EQ(few->Item(Variant(key(2))).long_value(), 7);
+  EXPECT_EQ(few->Item(Variant(key(4))).long_value(), 4);
+  EXPECT_EQ(error_of([&] { few->add(Variant(8), key(3)); }), 457);
+  EXPECT_EQ(few->Count(), 4);
+}
+
 // Removals leave holes that are counted past and later squeezed out; a model list checks
 // every position, key and enumeration after a long random mix of adds and removals.
 TEST(Collection, PositionsStayExactThroughManyRemovals) {

@@ -199,6 +199,31 @@ TEST(ValuesNumbers, LeadingNumberAndNumericText) {
 
 // The zero test used by zero suppression decides plain decimals from their digits; it
 // must answer exactly as converting them would, also for fractions too small for a double.
+// Short decimals are read without the general parse; every one must come out as the
+// correctly rounded double strtod gives, sign of zero included, at every digit count.
+TEST(ValuesNumbers, DecimalTextsReadAsTheCorrectlyRoundedDouble) {
+  std::mt19937_64 random(11);
+  for (int i = 0; i < 20000; ++i) {
+    std::string ascii = random() % 3 == 0 ? "-" : random() % 5 == 0 ? "+" : "";
+    const int digits = 1 + static_cast<int>(random() % 18);
+    const int point = static_cast<int>(random() % (digits + 2)) - 1;  // -1: none
+    for (int d = 0; d < digits; ++d) {
+      if (d == point) ascii += '.';
+      ascii += static_cast<char>('0' + random() % (d % 4 == 0 ? 3 : 10));
+    }
+    const double expected = std::strtod(ascii.c_str(), nullptr);
+    const double read = leading_number(from_utf8(ascii));
+    ASSERT_EQ(std::signbit(read), std::signbit(expected)) << ascii;
+    ASSERT_EQ(read, expected) << ascii;
+    double numeric = 0;
+    ASSERT_TRUE(is_numeric_text(from_utf8(ascii), &numeric)) << ascii;
+    ASSERT_EQ(numeric, expected) << ascii;
+  }
+  EXPECT_EQ(leading_number(u"0.1"), 0.1);
+  EXPECT_EQ(leading_number(u"999999999999999"), 999999999999999.0);
+  EXPECT_EQ(leading_number(u"9007199254740993"), 9007199254740992.0);  // 16 digits: parsed
+}
+
 TEST(ValuesNumbers, ZeroNumberTextAgreesWithTheConvertedValue) {
   auto converted_zero = [](const Text& t) {
     double v = 1;
