@@ -46,10 +46,20 @@ void check_first_values(const vexqom::Text& xml, const vexqom::Text& tag) {
   vexqom::Ref<vexqom::clsXML> engine = vexqom::create<vexqom::clsXML>();
   engine->put_XML(xml);
   const vexqom::FirstValues values(*engine, set);
+  const std::string bytes = vexqom::to_code_page(xml);
+  const vexqom::FirstValues engineless(bytes, set);
   for (vexqom::TextView name : names) {
     vexqom::Ref<vexqom::clsXML> fresh = vexqom::create<vexqom::clsXML>();
     fresh->put_XML(xml);
-    if (values.get(name) != fresh->get_Value(name, 1)) __builtin_trap();
+    const vexqom::Text expected = fresh->get_Value(name, 1);
+    if (values.get(name) != expected || engineless.get(name) != expected) __builtin_trap();
+  }
+  // The first block read without an engine, against a fresh engine's.
+  for (vexqom::TextView name : {vexqom::TextView(tag), vexqom::TextView(u"Item")}) {
+    vexqom::Ref<vexqom::clsXML> fresh = vexqom::create<vexqom::clsXML>();
+    fresh->put_XML(xml);
+    const std::string expected(fresh->get_Block_bytes(name, 1));
+    if (vexqom::clsXML::first_block(bytes, name) != expected) __builtin_trap();
   }
 }
 

@@ -113,9 +113,9 @@ void ICatItem::load_xml(const Xml& xsXML) {
     line = 2;
     if (xsXML.empty()) return;
     line = 3;
-    auto engine = create<clsXML>();
-    put_engine_xml(*engine, xsXML);
-    const FirstValues values(*engine, item_elements());
+    std::string encoded;
+    const std::string_view text = engine_bytes(xsXML, encoded);
+    const FirstValues values(text, item_elements());
     line = 4;
     WorkGroup_ = integer_from(values.get(u"WorkGroup"));
     line = 5;
@@ -144,7 +144,7 @@ void ICatItem::load_xml(const Xml& xsXML) {
     QuantityPerCar_ = amount_from(values.get(u"QuantityPerCar"));
     line = 11;
     // The whole element, tags included; no "Prices" gives the empty text, an empty list.
-    prices().put_XML_bytes(engine->get_Block_bytes(u"Prices", 1));
+    prices().put_XML_bytes(clsXML::first_block(text, u"Prices"));
     line = 12;
     LaborOperation_ = values.get(u"LaborOperation");
     LaborSkill_ = values.get(u"LaborSkill");

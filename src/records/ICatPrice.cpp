@@ -173,9 +173,8 @@ void ICatPrice::load_xml(const Xml& xsXML) {
     line = 2;
     if (xsXML.empty()) return;
     line = 3;
-    auto engine = create<clsXML>();
-    put_engine_xml(*engine, xsXML);
-    const FirstValues values(*engine, price_elements());
+    std::string encoded;
+    const FirstValues values(engine_bytes(xsXML, encoded), price_elements());
     line = 4;
     Location_ = values.get(u"Location");
     SellerID_ = values.get(u"SellerID");  // unchanged, with or without "#"

@@ -96,6 +96,8 @@ class clsXML : public Object {
   Text get_Block(const char16_t (&xsTagName)[N], int16_t xiElement = 0) {
     return get_Block(TextView(xsTagName, N - 1), xiElement);
   }
+  // get_Block(xsTagName, 1) of a fresh engine holding text, as a view into text.
+  static std::string_view first_block(std::string_view text, TextView xsTagName);
   // get_Block's bytes, for another engine to load (valid until this one changes).
   std::string_view get_Block_bytes(TextView xsTagName, int16_t xiElement = 0);
   template <size_t N>
@@ -259,5 +261,10 @@ class clsXML : public Object {
 // Loads a whole text given as Text or as code-page bytes, for readers that take both.
 inline void put_engine_xml(clsXML& engine, const Text& xml) { engine.put_XML(xml); }
 inline void put_engine_xml(clsXML& engine, std::string_view xml) { engine.put_XML_bytes(xml); }
+
+// The bytes a fresh engine loaded with xml would hold, for readers that need no engine:
+// Text is encoded into storage, bytes are used in place. Error 6 beyond an engine's size.
+std::string_view engine_bytes(const Text& xml, std::string& storage);
+std::string_view engine_bytes(std::string_view xml, std::string& storage);
 
 }  // namespace vexqom

@@ -90,7 +90,13 @@ void ElementNames::add_all(const Names& names) {
 // FirstValues
 
 FirstValues::FirstValues(clsXML& engine, const ElementNames& names)
-    : engine_(engine), names_(names), text_(engine.buffer().bytes()), unfound_(names.size()) {
+    : engine_(&engine), names_(names), text_(engine.buffer().bytes()), unfound_(names.size()) {
+  starts_.fill(kAbsent);
+  find_start_tags();
+}
+
+FirstValues::FirstValues(std::string_view text, const ElementNames& names)
+    : engine_(nullptr), names_(names), text_(text), unfound_(names.size()) {
   starts_.fill(kAbsent);
   find_start_tags();
 }
@@ -133,15 +139,19 @@ size_t FirstValues::index_of(TextView name) const {
 
 Text FirstValues::get(TextView name) const {
   const size_t index = index_of(name);
-  if (index == ElementNames::npos) return engine_.get_Value(name, 1);
-  return run_procedure(engine_.errors_, u"clsXML | Get Value", Trace::Yes,
+  if (index == ElementNames::npos) {
+    if (engine_ == nullptr) throw std::invalid_argument("FirstValues: a name outside the set");
+    return engine_->get_Value(name, 1);
+  }
+  ErrorState& errors = engine_ ? engine_->errors_ : own_errors_;
+  return run_procedure(errors, u"clsXML | Get Value", Trace::Yes,
                        [&](int& line) { return value_of(index, line); });
 }
 
 // The steps and line numbers of clsXML::get_Value for the first element.
 Text FirstValues::value_of(size_t index, int& line) const {
   line = 1;
-  engine_.buffer();  // error 91 once the engine was destroyed
+  if (engine_) engine_->buffer();  // error 91 once the engine was destroyed
   line = 6;
   if (starts_[index] == kAbsent) return Text();
   const size_t value_begin = starts_[index] + names_.name(index).size() + 2;

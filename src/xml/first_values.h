@@ -12,6 +12,9 @@
 //   static const ElementNames kNames{u"Location", u"Cost"};
 //   const FirstValues values(*engine, kNames);
 //   Location_ = values.get(u"Location");
+//
+// A record that needs nothing else of an engine reads its code-page bytes directly:
+// FirstValues(bytes, kNames) behaves as a fresh engine loaded with them would.
 #pragma once
 
 #include <array>
@@ -22,6 +25,7 @@
 #include <string_view>
 #include <vector>
 
+#include "vexqom/error.h"
 #include "vexqom/text.h"
 
 namespace vexqom {
@@ -73,9 +77,12 @@ class FirstValues {
  public:
   // Walks the engine's text once. The engine must keep that text while this is used.
   FirstValues(clsXML& engine, const ElementNames& names);
+  // Walks code-page bytes that stay in place while this is used.
+  FirstValues(std::string_view text, const ElementNames& names);
 
   // engine.get_Value(name, 1): the same value, trace line and failure. A name outside
-  // the set is asked of the engine.
+  // the set is asked of the engine (without one: std::invalid_argument, a programming
+  // error).
   Text get(TextView name) const;
   template <size_t N>
   Text get(const char16_t (&name)[N]) const {
@@ -90,7 +97,8 @@ class FirstValues {
   size_t index_of(TextView name) const;
   Text value_of(size_t index, int& line) const;
 
-  clsXML& engine_;
+  clsXML* engine_;  // null when reading bytes alone
+  mutable ErrorState own_errors_;  // the failures of reads without an engine
   const ElementNames& names_;
   std::string_view text_;
   size_t unfound_;

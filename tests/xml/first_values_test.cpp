@@ -34,6 +34,7 @@ TEST(FirstValues, EqualTheEnginesFirstElementReadsOnRandomTexts) {
                                         "<Cost>", "</Cost>", "<Co", "st>", "/", "x"};
   std::mt19937 random(11);
   size_t present = 0;
+  size_t blocks = 0;
   for (int round = 0; round < 2000; ++round) {
     std::string bytes;
     const size_t count = random() % 40;
@@ -41,6 +42,7 @@ TEST(FirstValues, EqualTheEnginesFirstElementReadsOnRandomTexts) {
     const Text text = as_text(bytes);
     Ref<clsXML> engine = loaded(text);
     const FirstValues values(*engine, names);
+    const FirstValues engineless(bytes, names);  // the bytes alone, as records read them
     // Asked in the set's order on even rounds, shuffled on odd ones, some twice.
     std::vector<TextView> order = asked;
     if (round % 2 == 1) std::shuffle(order.begin(), order.end(), random);
@@ -48,10 +50,16 @@ TEST(FirstValues, EqualTheEnginesFirstElementReadsOnRandomTexts) {
     for (TextView name : order) {
       const Text expected = loaded(text)->get_Value(name, 1);
       ASSERT_EQ(values.get(name), expected) << "text \"" << bytes << "\" name " << name.size();
+      ASSERT_EQ(engineless.get(name), expected) << "text \"" << bytes << "\"";
       present += !expected.empty();
+      const Text block = loaded(text)->get_Block(name, 1);
+      ASSERT_EQ(as_text(std::string(clsXML::first_block(bytes, name))), block)
+          << "text \"" << bytes << "\" block " << name.size();
+      blocks += !block.empty();
     }
   }
   EXPECT_GT(present, 1000u);  // the texts do hold values, not only misses
+  EXPECT_GT(blocks, 1000u);
 }
 
 TEST(FirstValues, ValuesAreTrimmedUnescapedAndNamesOutsideTheSetAskTheEngine) {
@@ -68,6 +76,9 @@ TEST(FirstValues, ValuesAreTrimmedUnescapedAndNamesOutsideTheSetAskTheEngine) {
 
   Ref<clsXML> empty = loaded(Text());
   EXPECT_EQ(FirstValues(*empty, names).get(u"Location"), u"");
+  // Without an engine there is nobody to ask for other names: a programming error.
+  EXPECT_THROW(FirstValues(std::string_view("<Other>o</Other>"), names).get(u"Other"),
+               std::invalid_argument);
 }
 
 TEST(FirstValues, WriteTheEnginesTraceLineAndFailOnADestroyedEngine) {
@@ -81,10 +92,10 @@ TEST(FirstValues, WriteTheEnginesTraceLineAndFailOnADestroyedEngine) {
   const FirstValues values(*engine, names);
   EXPECT_EQ(values.get(u"A"), u"1");
   EXPECT_EQ(values.get(u"B"), u"");
+  EXPECT_EQ(FirstValues(std::string_view("<B> 2 </B>"), names).get(u"B"), u"2");
   const auto lines = logs.trace_lines();
-  ASSERT_EQ(lines.size(), 2u);  // one per value asked, present or not
-  EXPECT_EQ(lines[0].substr(18), "clsXML | Get Value");
-  EXPECT_EQ(lines[1].substr(18), "clsXML | Get Value");
+  ASSERT_EQ(lines.size(), 3u);  // one per value asked, present or not, engine or none
+  for (const auto& line : lines) EXPECT_EQ(line.substr(18), "clsXML | Get Value");
 
   const size_t errors_before = logs.error_lines().size();
   engine->Clear(true);
