@@ -38,8 +38,9 @@ Text write_collection_xml(const CollectionForm& form, const Collection& members,
   return from_code_page(write_collection_bytes(form, members, member_xml, line));
 }
 
-// Room kept beside the members for the elements around them (root, count, vehicle).
-inline constexpr size_t kCollectionXmlRoom = 4096;
+// Room kept beside the members for the elements around them (root, count, vehicle): a
+// part's few prices then fit one small block.
+inline constexpr size_t kCollectionXmlRoom = 256;
 
 // The leading number of the first "Count" element, as a 16-bit Integer (error 6).
 int16_t read_member_count(clsXML& engine);
@@ -47,7 +48,7 @@ int16_t read_member_count(clsXML& engine);
 // ---- implementation ----
 
 // Room for n members like the first, a quarter more, and the surrounding elements; at
-// most 64 Mi characters beyond the first member, so one large member does not make room
+// most 64 MiB beyond the first member, so one large member does not make room
 // for thousands of its size.
 inline size_t estimated_members_room(size_t first, size_t n) {
   constexpr size_t kMostExtra = size_t{1} << 26;

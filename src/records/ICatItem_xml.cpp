@@ -8,6 +8,7 @@
 #include "vexqom/ICatItem.h"
 #include "xml/clsXML.h"
 #include "xml/first_values.h"
+#include "xml/snippet_writer.h"
 
 namespace vexqom {
 
@@ -40,63 +41,60 @@ Text ICatItem::get_XML() { return from_code_page(xml_bytes()); }
 std::string ICatItem::xml_bytes() {
   return run_procedure(errors_, u"ICatItem | Get XML", Trace::No, [&](int& line) {
     line = 1;
-    auto engine = create<clsXML>();
-    line = 2;
     const diag::ThreadState& switches = diag::thread_state();
-    engine->put_Snippet(true);
-    engine->put_Compress(switches.XMLCompress);
-    engine->put_ZeroSuppress(switches.XMLZeroSuppress);
+    line = 2;
+    SnippetWriter out(switches.XMLCompress, switches.XMLZeroSuppress);
     line = 3;
-    engine->Add(u"Item", Text(), true, false);
+    out.open(u"Item");
     line = 4;
-    engine->Add(u"WorkGroup", integer_text(WorkGroup_));
-    engine->Add(u"GroupNumber", GroupNumber_);
-    engine->Add(u"ItemType", integer_text(static_cast<int32_t>(ItemType_)));
-    engine->Add(u"ItemSource", ItemSource_);
+    out.add(u"WorkGroup", integer_text(WorkGroup_));
+    out.add(u"GroupNumber", GroupNumber_);
+    out.add(u"ItemType", integer_text(static_cast<int32_t>(ItemType_)));
+    out.add(u"ItemSource", ItemSource_);
     line = 5;
-    engine->Add(u"ItemStatus", to_text(ItemStatus_));
+    out.add(u"ItemStatus", to_text(ItemStatus_));
     line = 6;
-    engine->Add(u"ItemGroup", integer_text(ItemGroup_));
-    engine->Add(u"ItemHeading", Heading_);
-    engine->Add(u"ItemLaborAvailable", ItemLaborAvailable_);
-    engine->Add(u"Manufacturer", ManufacturerName_);
-    engine->Add(u"LineCode", LineCode_);
-    engine->Add(u"ItemNumber", ItemNumber_);
-    engine->Add(u"PartTypeCode", PartTypeCode_);
-    engine->Add(u"Description", Description_);
-    engine->Add(u"ImageFileName", ImageFileName_);
-    engine->Add(u"ImageCallOut", ImageCallOut_);
-    engine->Add(u"ImageURLc2c", ImageURLc2c_);
-    engine->Add(u"ImageURLalt", ImageURLalt_);
-    engine->Add(u"MediaTagID", MediaTagID_);
-    engine->Add(u"QuantityPerCar", QuantityPerCar_.to_text());
+    out.add(u"ItemGroup", integer_text(ItemGroup_));
+    out.add(u"ItemHeading", Heading_);
+    out.add(u"ItemLaborAvailable", ItemLaborAvailable_);
+    out.add(u"Manufacturer", ManufacturerName_);
+    out.add(u"LineCode", LineCode_);
+    out.add(u"ItemNumber", ItemNumber_);
+    out.add(u"PartTypeCode", PartTypeCode_);
+    out.add(u"Description", Description_);
+    out.add(u"ImageFileName", ImageFileName_);
+    out.add(u"ImageCallOut", ImageCallOut_);
+    out.add(u"ImageURLc2c", ImageURLc2c_);
+    out.add(u"ImageURLalt", ImageURLalt_);
+    out.add(u"MediaTagID", MediaTagID_);
+    out.add(u"QuantityPerCar", QuantityPerCar_.to_text());
     line = 7;
     // Appended whatever it holds, so "Prices" is always there.
-    engine->AddXML_bytes(prices().xml_bytes());
+    out.add_xml(prices().xml_bytes());
     line = 8;
-    engine->Add(u"LaborOperation", LaborOperation_);
-    engine->Add(u"LaborSkill", LaborSkill_);
-    engine->Add(u"LaborRate", LaborRate_.to_text());
-    engine->Add(u"LaborHRSnormal", LaborHRSnormal_.to_text());
-    engine->Add(u"LaborHRSwarranty", LaborHRSwarranty_.to_text());
-    engine->Add(u"LaborHRSsevere", LaborHRSsevere_.to_text());
-    engine->Add(u"LaborType", LaborType_);
-    engine->Add(u"YearRange", YearRange_);
-    engine->Add(u"ComponentSide", ComponentSide_);
-    engine->Add(u"Comment", Comment_);
-    engine->Add(u"ItemTag", Tag_);
-    engine->Add(u"GenericDescription", GenericDescription_);
-    engine->Add(u"GenericDescriptionID", GenericDescriptionID_);
-    engine->Add(u"SupplierStockingFlag", SupplierStockingFlag_);
-    engine->Add(u"SupplierMovementFlag", SupplierMovementFlag_);
-    engine->Add(u"SupplierMovementRank", SupplierMovementRank_);
-    engine->Add(u"SupplierExtendedInfo", SupplierExtendedInfo_);
-    engine->Add(u"VendorNumberXRef", VendorNumberXRef_);
-    engine->Add(u"MCLsequence", MCLsequence_);
+    out.add(u"LaborOperation", LaborOperation_);
+    out.add(u"LaborSkill", LaborSkill_);
+    out.add(u"LaborRate", LaborRate_.to_text());
+    out.add(u"LaborHRSnormal", LaborHRSnormal_.to_text());
+    out.add(u"LaborHRSwarranty", LaborHRSwarranty_.to_text());
+    out.add(u"LaborHRSsevere", LaborHRSsevere_.to_text());
+    out.add(u"LaborType", LaborType_);
+    out.add(u"YearRange", YearRange_);
+    out.add(u"ComponentSide", ComponentSide_);
+    out.add(u"Comment", Comment_);
+    out.add(u"ItemTag", Tag_);
+    out.add(u"GenericDescription", GenericDescription_);
+    out.add(u"GenericDescriptionID", GenericDescriptionID_);
+    out.add(u"SupplierStockingFlag", SupplierStockingFlag_);
+    out.add(u"SupplierMovementFlag", SupplierMovementFlag_);
+    out.add(u"SupplierMovementRank", SupplierMovementRank_);
+    out.add(u"SupplierExtendedInfo", SupplierExtendedInfo_);
+    out.add(u"VendorNumberXRef", VendorNumberXRef_);
+    out.add(u"MCLsequence", MCLsequence_);
     line = 9;
-    engine->EndGroup();
+    out.close();
     line = 10;
-    return observed_bytes("item", std::string(engine->snippet_bytes()));
+    return observed_bytes("item", std::move(out).finish());
   });
 }
 

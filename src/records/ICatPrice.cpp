@@ -6,6 +6,7 @@
 #include "frame/procedure.h"
 #include "xml/clsXML.h"
 #include "xml/first_values.h"
+#include "xml/snippet_writer.h"
 
 namespace vexqom {
 
@@ -124,40 +125,37 @@ Text ICatPrice::get_XML() { return from_code_page(xml_bytes()); }
 std::string ICatPrice::xml_bytes() {
   return run_procedure(errors_, u"ICatPrice | Get XML", Trace::No, [&](int& line) {
     line = 1;
-    auto engine = create<clsXML>();
-    line = 2;
     const diag::ThreadState& switches = diag::thread_state();
-    engine->put_Snippet(true);
-    engine->put_Compress(switches.XMLCompress);
-    engine->put_ZeroSuppress(switches.XMLZeroSuppress);
+    line = 2;
+    SnippetWriter out(switches.XMLCompress, switches.XMLZeroSuppress);
     line = 3;
-    engine->Add(u"Price", Text(), true, false);
+    out.open(u"Price");
     line = 4;
-    engine->Add(u"Location", Location_);
-    engine->Add(u"SellerID", SellerID_);  // the stored text, "#" included
-    engine->Add(u"DeliveryTime", DeliveryTime_);
-    engine->Add(u"UrgentFlag", boolean_text(UrgentFlag_));
-    engine->Add(u"QtyBuyingInc", QtyBuyingInc_);
-    engine->Add(u"PackingUnits", PackingUnits_);
-    engine->Add(u"PackNumUnits", PackNumUnits_);
-    engine->Add(u"WarrantyCode", WarrantyCode_);
-    engine->Add(u"Rank", Rank_);
-    engine->Add(u"PriceTag", Tag_);
+    out.add(u"Location", Location_);
+    out.add(u"SellerID", SellerID_);  // the stored text, "#" included
+    out.add(u"DeliveryTime", DeliveryTime_);
+    out.add(u"UrgentFlag", boolean_text(UrgentFlag_));
+    out.add(u"QtyBuyingInc", QtyBuyingInc_);
+    out.add(u"PackingUnits", PackingUnits_);
+    out.add(u"PackNumUnits", PackNumUnits_);
+    out.add(u"WarrantyCode", WarrantyCode_);
+    out.add(u"Rank", Rank_);
+    out.add(u"PriceTag", Tag_);
     line = 5;
-    engine->Add(u"Available", to_text(Available_));
+    out.add(u"Available", to_text(Available_));
     line = 6;
-    engine->Add(u"QuantityToOrder", to_text(QuantityToOrder_));
+    out.add(u"QuantityToOrder", to_text(QuantityToOrder_));
     line = 7;
-    engine->Add(u"CoreCost", CoreCost_.to_text());
-    engine->Add(u"CoreList", CoreList_.to_text());
-    engine->Add(u"Cost", Cost_.to_text());
-    engine->Add(u"List", List_.to_text());
-    engine->Add(u"Sell", Sell_.to_text());
-    engine->Add(u"Margin", Margin_.to_text());
+    out.add(u"CoreCost", CoreCost_.to_text());
+    out.add(u"CoreList", CoreList_.to_text());
+    out.add(u"Cost", Cost_.to_text());
+    out.add(u"List", List_.to_text());
+    out.add(u"Sell", Sell_.to_text());
+    out.add(u"Margin", Margin_.to_text());
     line = 8;
-    engine->EndGroup();
+    out.close();
     line = 9;
-    return observed_bytes("price", std::string(engine->snippet_bytes()));
+    return observed_bytes("price", std::move(out).finish());
   });
 }
 

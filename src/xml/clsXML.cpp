@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
-#include <stdexcept>
 #include <utility>
 
 #include "frame/ascii_runs.h"
@@ -15,6 +14,7 @@
 #include "frame/procedure.h"
 #include "frame/text_procedures.h"
 #include "xml/byte_search.h"
+#include "xml/element_bytes.h"
 #include "xml/pattern_index.h"
 #include "vexqom/variant.h"
 
@@ -32,46 +32,6 @@ int16_t checked16(int32_t v) {
   return static_cast<int16_t>(v);
 }
 
-
-const char* entity_for(char c) {
-  switch (c) {
-    case '&': return "&amp;";
-    case '<': return "&lt;";
-    case '>': return "&gt;";
-    case '\'': return "&apos;";
-    case '"': return "&quot;";
-    default: return nullptr;
-  }
-}
-
-// The bytes escaping adds to a value: each special character becomes its entity. The
-// code page maps no other character to these five bytes, so they are found in the Text.
-size_t escaped_extra(TextView value) {
-  size_t extra = 0;
-  for (char16_t c : value) {
-    const char* entity = c < 0x80 ? entity_for(static_cast<char>(c)) : nullptr;
-    if (entity != nullptr) extra += std::strlen(entity) - 1;
-  }
-  return extra;
-}
-
-// Writes value in the code page with its special characters as entities; returns the end.
-char* encode_escaped(TextView value, char* out) {
-  size_t run = 0;  // start of the characters not written yet
-  for (size_t i = 0; i < value.size(); ++i) {
-    const char16_t c = value[i];
-    const char* entity = c < 0x80 ? entity_for(static_cast<char>(c)) : nullptr;
-    if (entity == nullptr) continue;
-    encode_code_page(value.substr(run, i - run), out);
-    out += i - run;
-    const size_t n = std::strlen(entity);
-    std::memcpy(out, entity, n);
-    out += n;
-    run = i + 1;
-  }
-  encode_code_page(value.substr(run), out);
-  return out + (value.size() - run);
-}
 
 void replace_all(Text& text, TextView what, TextView with) {
   size_t pos = text.find(what);
@@ -265,9 +225,7 @@ std::string_view clsXML::TagPatterns::end() {
   return *(end_ = std::string_view(b, n + 3));
 }
 
-bool looks_like_xml(TextView text) {
-  return !text.empty() && text.front() == u'<' && text.back() == u'>';
-}
+bool looks_like_xml(TextView text) { return is_markup(text); }
 
 Text clsXML::unescaped_value(std::string_view bytes) {
   Text value = from_code_page(bytes);
@@ -421,14 +379,6 @@ Text clsXML::get_XML() {
   return ComposeDocument();
 }
 
-std::string_view clsXML::snippet_bytes() {
-  if (!loaded_) {
-    if (!snippet_) throw std::logic_error("snippet_bytes: the engine composes a document");
-    while (!group_stack().empty()) EndGroup();
-  }
-  return buffer().bytes();
-}
-
 Text clsXML::ComposeDocument() {
   // The closing tags go into the buffer itself: the groups stay closed.
   while (!group_stack().empty()) EndGroup();
@@ -472,42 +422,22 @@ void clsXML::Add(TextView xsTagNam, TextView xsStrVal, bool xbNewGroup, bool xbE
       line = 4;
       if (xsStrVal.empty()) return;
       line = 5;
-      if (zero_suppress_ && is_zero_number_text(xsStrVal)) return;
+      if (value_left_out(xsStrVal, compress_, zero_suppress_)) return;
     }
     line = 6;
     CString& buf = buffer();
     const size_t indent = indentation_width(level_);
     line = 7;
     // The element is written straight into the buffer: its size is known beforehand.
-    const bool escaped = validate_ && !looks_like_xml(xsStrVal);
-    const size_t tag_size = xsTagNam.size();
-    const size_t value_size = xsStrVal.size() + (escaped ? escaped_extra(xsStrVal) : 0);
-    const size_t end_tag_size = xbNewGroup ? 0 : tag_size + 3;
-    const size_t size = indent + tag_size + 2 + value_size + end_tag_size + (formatted_ ? 2 : 0);
+    const ElementBytes element{xsTagNam, xsStrVal, validate_ && !is_markup(xsStrVal), xbNewGroup};
+    const size_t size = indent + element.size() + (formatted_ ? 2 : 0);
     line = 8;
     char* out = buf.AppendSpace(size);
     if (indent > 0) {  // unformatted, the usual case, has none
       std::memset(out, ' ', indent);
       out += indent;
     }
-    *out++ = '<';
-    const char* tag_bytes = out;
-    encode_code_page(xsTagNam, out);
-    out += tag_size;
-    *out++ = '>';
-    if (escaped) {
-      out = encode_escaped(xsStrVal, out);
-    } else {
-      encode_code_page(xsStrVal, out);
-      out += xsStrVal.size();
-    }
-    if (!xbNewGroup) {
-      *out++ = '<';
-      *out++ = '/';
-      std::memcpy(out, tag_bytes, tag_size);  // the name's bytes once more
-      out += tag_size;
-      *out++ = '>';
-    }
+    out = element.write(out);
     if (formatted_) {
       *out++ = '\r';
       *out++ = '\n';
@@ -532,19 +462,6 @@ void clsXML::AddXML(const Text& xsXML) {
   append_indentation(out, level_);
   append_code_page(out, xsXML);
   if (formatted_) out += kCrLf;
-  buf.AppendBytes(out);
-}
-
-void clsXML::AddXML_bytes(std::string_view xml) {
-  CString& buf = buffer();
-  const size_t indentation = indentation_width(level_);  // may fail (6): nothing added
-  if (!formatted_) {
-    buf.AppendBytes(xml);
-    return;
-  }
-  std::string out(indentation, ' ');
-  out += xml;
-  out += kCrLf;
   buf.AppendBytes(out);
 }
 

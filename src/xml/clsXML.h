@@ -57,9 +57,6 @@ class clsXML : public Object {
   // The same for text already in the engine's code page (a block of another engine's
   // text): decoding it and encoding it again would give back the very same bytes.
   void put_XML_bytes(std::string_view xml);
-  // A snippet's bytes, open groups closed as get_XML closes them; valid until the engine
-  // changes. Only for snippets: a composed document's header is Text.
-  std::string_view snippet_bytes();
 
   // ---- Builder ----
   void Add(TextView xsTagNam, TextView xsStrVal, bool xbNewGroup = false,
@@ -74,7 +71,6 @@ class clsXML : public Object {
   void AddAttrVal(const Text& xsTagNam, const Text& xsAttr, const Text& xsVal,
                   bool xbNewGroup = false);
   void AddXML(const Text& xsXML);
-  void AddXML_bytes(std::string_view xml);  // AddXML of code-page bytes
   void EndGroup();
   void Comment(const Text& xsComment);
   void Clear(bool xbDestroyObject = false);

@@ -1,0 +1,89 @@
+#include "xml/element_bytes.h"
+
+#include <cstring>
+
+#include "vexqom/variant.h"
+
+namespace vexqom {
+
+namespace {
+
+// The bytes escaping adds to a value: each special character becomes its entity. The
+// code page maps no other character to these five bytes, so they are found in the Text.
+size_t escaped_extra(TextView value) {
+  size_t extra = 0;
+  for (char16_t c : value) {
+    const char* entity = c < 0x80 ? entity_for(static_cast<char>(c)) : nullptr;
+    if (entity != nullptr) extra += std::strlen(entity) - 1;
+  }
+  return extra;
+}
+
+// Writes value in the code page with its special characters as entities; returns the end.
+char* encode_escaped(TextView value, char* out) {
+  size_t run = 0;  // start of the characters not written yet
+  for (size_t i = 0; i < value.size(); ++i) {
+    const char16_t c = value[i];
+    const char* entity = c < 0x80 ? entity_for(static_cast<char>(c)) : nullptr;
+    if (entity == nullptr) continue;
+    encode_code_page(value.substr(run, i - run), out);
+    out += i - run;
+    const size_t n = std::strlen(entity);
+    std::memcpy(out, entity, n);
+    out += n;
+    run = i + 1;
+  }
+  encode_code_page(value.substr(run), out);
+  return out + (value.size() - run);
+}
+
+}  // namespace
+
+const char* entity_for(char c) {
+  switch (c) {
+    case '&': return "&amp;";
+    case '<': return "&lt;";
+    case '>': return "&gt;";
+    case '\'': return "&apos;";
+    case '"': return "&quot;";
+    default: return nullptr;
+  }
+}
+
+bool value_left_out(TextView value, bool compress, bool zero_suppress) {
+  if (!compress) return false;
+  return value.empty() || (zero_suppress && is_zero_number_text(value));
+}
+
+bool is_markup(TextView value) {
+  return !value.empty() && value.front() == u'<' && value.back() == u'>';
+}
+
+size_t ElementBytes::size() const {
+  const size_t value_size = value.size() + (escaped ? escaped_extra(value) : 0);
+  return name.size() + 2 + value_size + (start_only ? 0 : name.size() + 3);
+}
+
+char* ElementBytes::write(char* out) const {
+  *out++ = '<';
+  const char* name_bytes = out;
+  encode_code_page(name, out);
+  out += name.size();
+  *out++ = '>';
+  if (escaped) {
+    out = encode_escaped(value, out);
+  } else {
+    encode_code_page(value, out);
+    out += value.size();
+  }
+  if (!start_only) {
+    *out++ = '<';
+    *out++ = '/';
+    std::memcpy(out, name_bytes, name.size());  // the name's bytes once more
+    out += name.size();
+    *out++ = '>';
+  }
+  return out;
+}
+
+}  // namespace vexqom

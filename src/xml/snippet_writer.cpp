@@ -1,0 +1,58 @@
+#include "xml/snippet_writer.h"
+
+#include "xml/element_bytes.h"
+
+namespace vexqom {
+
+namespace {
+
+void append_element(std::string& out, const ElementBytes& element) {
+  const size_t at = out.size();
+  out.resize(at + element.size());
+  element.write(out.data() + at);
+}
+
+}  // namespace
+
+SnippetWriter::SnippetWriter(bool compress, bool zero_suppress)
+    : compress_(compress || zero_suppress), zero_suppress_(zero_suppress) {
+  out_.reserve(512);  // a typical record in one allocation
+}
+
+void SnippetWriter::open(TextView name) {
+  if (name.empty()) return;
+  std::string end_tag = "</";
+  append_code_page(end_tag, name);
+  end_tag += '>';
+  groups_.push_back(std::move(end_tag));
+  append_element(out_, ElementBytes{name, TextView(), true, true});
+}
+
+void SnippetWriter::add(TextView name, TextView value) {
+  if (name.empty() || value_left_out(value, compress_, zero_suppress_)) return;
+  append_element(out_, ElementBytes{name, value, !is_markup(value), false});
+}
+
+void SnippetWriter::add_xml(std::string_view bytes) { out_ += bytes; }
+
+void SnippetWriter::take_xml(std::string&& bytes) {
+  if (bytes.size() <= out_.size()) {
+    out_ += bytes;
+    return;
+  }
+  bytes.insert(0, out_);
+  out_.swap(bytes);
+}
+
+void SnippetWriter::close() {
+  if (groups_.empty()) return;
+  out_ += groups_.back();
+  groups_.pop_back();
+}
+
+std::string SnippetWriter::finish() && {
+  while (!groups_.empty()) close();
+  return std::move(out_);
+}
+
+}  // namespace vexqom

@@ -1,0 +1,43 @@
+// SnippetWriter: a record's XML form written the way a snippet engine writes it.
+//
+// A record writes its fields through an engine set up as a snippet, unformatted, with the
+// thread's Compress and ZeroSuppress switches; nothing else of the engine is used and
+// nobody else sees it. This writes the same bytes (the element writer is the engine's
+// own) without an engine's state to build and tear down for every record.
+//
+//   SnippetWriter out(switches.XMLCompress, switches.XMLZeroSuppress);
+//   out.open(u"Price");
+//   out.add(u"Location", Location_);
+//   return std::move(out).finish();
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "vexqom/text.h"
+
+namespace vexqom {
+
+class SnippetWriter {
+ public:
+  // ZeroSuppress turns Compress on, as the engine's switch does.
+  SnippetWriter(bool compress, bool zero_suppress);
+
+  void open(TextView name);                 // Add(name, "", true): a group's start tag
+  void add(TextView name, TextView value);  // Add(name, value)
+  void add_xml(std::string_view bytes);     // AddXML of code-page bytes
+  // The same for a text larger than what is written so far: its storage is taken over,
+  // so a collection's members are not copied into a second buffer of their size.
+  void take_xml(std::string&& bytes);
+  void close();                             // EndGroup: nothing when no group is open
+  std::string finish() &&;                  // the text, open groups closed
+
+ private:
+  std::string out_;
+  std::vector<std::string> groups_;  // the end tags of the open groups
+  bool compress_;
+  bool zero_suppress_;
+};
+
+}  // namespace vexqom

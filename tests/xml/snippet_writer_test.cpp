@@ -1,0 +1,66 @@
+// The snippet writer against a snippet engine given the same calls: the same bytes, for
+// every switch setting, special and unheld characters, markup, zeros and empty values.
+#include "xml/snippet_writer.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+#include "xml/clsXML.h"
+
+namespace vexqom {
+namespace {
+
+TEST(SnippetWriter, WritesWhatASnippetEngineWrites) {
+  const std::vector<Text> names{u"Price", u"Cost", u"Item", u"Caf\u00e9", u"A"};
+  const std::vector<Text> values{u"",     u"0",          u"0.00",        u" 0 ",   u"-0",
+                                 u"1E-400", u"3.27",     u"&H0",         u"x",     u"<b>1</b>",
+                                 u"<",    u"a & b <c>", u"'q' \"d\"",   u"\u20ac \u015d", u"0x"};
+  std::mt19937 random(5);
+  size_t written = 0;
+  for (int round = 0; round < 3000; ++round) {
+    const bool compress = random() % 2;
+    const bool zero_suppress = random() % 2;
+    SnippetWriter writer(compress, zero_suppress);
+    Ref<clsXML> engine = create<clsXML>();
+    engine->put_Snippet(true);
+    engine->put_Compress(compress);
+    engine->put_ZeroSuppress(zero_suppress);
+    for (int step = static_cast<int>(random() % 12); step >= 0; --step) {
+      const Text& name = names[random() % names.size()];
+      const Text& value = values[random() % values.size()];
+      switch (random() % 6) {
+        case 0:
+          writer.open(name);
+          engine->Add(name, Text(), true, false);
+          break;
+        case 1:
+          writer.close();
+          engine->EndGroup();
+          break;
+        case 2: {
+          const std::string bytes = to_code_page(u"<" + name + u">" + value + u"</" + name + u">");
+          if (random() % 2) {
+            writer.add_xml(bytes);
+          } else {
+            writer.take_xml(std::string(bytes));
+          }
+          engine->AddXML(from_code_page(bytes));
+          break;
+        }
+        default:
+          writer.add(name, value);
+          engine->Add(name, value);
+      }
+    }
+    const std::string expected = to_code_page(engine->get_XML());
+    ASSERT_EQ(std::move(writer).finish(), expected) << "round " << round;
+    written += expected.size();
+  }
+  EXPECT_GT(written, 50000u);
+}
+
+}  // namespace
+}  // namespace vexqom
