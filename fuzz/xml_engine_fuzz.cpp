@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "frame/diagnostics.h"
+#include "xml/block_sequence.h"
 #include "xml/clsXML.h"
 #include "xml/first_values.h"
 
@@ -63,6 +64,19 @@ void check_first_values(const vexqom::Text& xml, const vexqom::Text& tag) {
   }
 }
 
+// Blocks read without an engine against one engine asked the same elements in turn.
+void check_blocks(const vexqom::Text& xml, const vexqom::Text& tag, int16_t first,
+                  int16_t second) {
+  const std::string bytes = vexqom::to_code_page(xml);
+  vexqom::BlockSequence blocks(bytes, tag);
+  vexqom::Ref<vexqom::clsXML> engine = vexqom::create<vexqom::clsXML>();
+  engine->put_XML(xml);
+  for (int16_t element : {first, second, static_cast<int16_t>(second + 1)}) {
+    const std::string expected(engine->get_Block_bytes(tag, element));
+    if (blocks.get(element) != expected) __builtin_trap();
+  }
+}
+
 bool init() {
   ::mkdir("/tmp/vexqom-fuzz", 0700);
   vexqom::diag::set_library_file_override("/tmp/vexqom-fuzz/libvexqom_PLUMEK2.so");
@@ -105,6 +119,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   };
 
   guarded([&] { check_first_values(xml, tag); });
+  guarded([&] { check_blocks(xml, tag, first, second); });
 
   vexqom::Ref<vexqom::clsXML> x = vexqom::create<vexqom::clsXML>();
   guarded([&] { x->put_XML(xml); });

@@ -5,6 +5,7 @@
 #include "frame/diagnostics.h"
 #include "frame/document_observer.h"
 #include "frame/procedure.h"
+#include "xml/block_sequence.h"
 #include "xml/clsXML.h"
 
 namespace vexqom {
@@ -91,16 +92,17 @@ void ICatPriceCol::load_xml(const Xml& xsXML) {
     line = 2;
     if (xsXML.empty()) return;
     line = 3;
-    auto engine = create<clsXML>();
-    put_engine_xml(*engine, xsXML);
+    std::string encoded;
+    const std::string_view text = engine_bytes(xsXML, encoded);
     line = 4;
     // "Count" is trusted: exactly that many "Price" elements are read by position.
-    const int16_t count = read_member_count(*engine);
+    const int16_t count = read_member_count(text);
+    BlockSequence blocks(text, u"Price");
     for (int i = 1; i <= count; ++i) {
       line = 5;
       auto price = create<ICatPrice>();
       line = 6;
-      price->put_XML_bytes(engine->get_Block_bytes(u"Price", static_cast<int16_t>(i)));
+      price->put_XML_bytes(blocks.get(static_cast<int16_t>(i)));
       line = 7;
       // At most one supplier price survives: every seller competes for "JOBBER".
       const Text key = price->get_SellerID().empty() ? price->get_Location() : Text(u"JOBBER");

@@ -3,6 +3,7 @@
 
 #include "vexqom/error.h"
 #include "vexqom/variant.h"
+#include "xml/first_values.h"
 #include "xml/snippet_writer.h"
 
 namespace vexqom {
@@ -49,6 +50,11 @@ std::string compose_collection_bytes(const CollectionForm& form, int32_t count,
 
 int16_t read_member_count(clsXML& engine) {
   return round_to_integer(leading_number(engine.get_Value(u"Count", 1)));
+}
+
+int16_t read_member_count(std::string_view text) {
+  static const ElementNames kCount{u"Count"};
+  return round_to_integer(leading_number(FirstValues(text, kCount).get(u"Count")));
 }
 
 }  // namespace vexqom

@@ -44,6 +44,8 @@ inline constexpr size_t kCollectionXmlRoom = 256;
 
 // The leading number of the first "Count" element, as a 16-bit Integer (error 6).
 int16_t read_member_count(clsXML& engine);
+// The same for code-page bytes read without an engine.
+int16_t read_member_count(std::string_view text);
 
 // ---- implementation ----
 

@@ -492,6 +492,20 @@ bool coerce_to_boolean(const Variant& v) {
 
 Text coerce_to_text(const Variant& v) { return to_text(v); }
 
+namespace {
+
+// The significant digits of a double's shortest form that reads back as itself.
+int shortest_digits(double d) {
+  char buf[32];
+  const auto [end, ec] = std::to_chars(buf, buf + sizeof buf, d, std::chars_format::scientific);
+  if (ec != std::errc()) return 99;
+  int digits = 0;
+  for (const char* p = buf; p != end && *p != 'e'; ++p) digits += *p >= '0' && *p <= '9';
+  return digits;
+}
+
+}  // namespace
+
 double number_via_text(const Variant& v) {
   switch (v.type()) {
     case VarType::kEmpty: return 0.0;
@@ -509,10 +523,13 @@ double number_via_text(const Variant& v) {
     }
     case VarType::kDouble: {
       // Whole numbers below 1E+15 are written digit for digit (zero as "0", so -0 reads 0);
-      // other doubles are written with 15 digits, and the text decides.
+      // other doubles are written with 15 digits, and the text decides. A double whose
+      // shortest form has at most 15 digits is written as those digits (the 15-digit grid
+      // is coarser than the double's own spacing) and reads back as itself.
       const double d = v.dbl();
       if (d == 0) return 0.0;
       if (std::fabs(d) < 1e15 && std::trunc(d) == d) return d;
+      if (std::isfinite(d) && shortest_digits(d) <= 15) return d;
       break;
     }
     default: break;

@@ -110,4 +110,14 @@ inline size_t find_bytes(std::string_view text, std::string_view pattern, size_t
   return hit == nullptr ? npos : static_cast<size_t>(static_cast<const char*>(hit) - s);
 }
 
+// A text without the blanks around it (blanks only: the engine's readers trim no other
+// white space).
+inline std::string_view trim_byte_blanks(std::string_view s) {
+  size_t b = 0;
+  size_t e = s.size();
+  while (b < e && s[b] == ' ') ++b;
+  while (e > b && s[e - 1] == ' ') --e;
+  return s.substr(b, e - b);
+}
+
 }  // namespace vexqom

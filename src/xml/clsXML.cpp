@@ -56,14 +56,6 @@ Text apostrophes_to_quotes(Text text) {
   return text;
 }
 
-std::string_view trim_byte_blanks(std::string_view s) {
-  size_t b = 0;
-  size_t e = s.size();
-  while (b < e && s[b] == ' ') ++b;
-  while (e > b && s[e - 1] == ' ') --e;
-  return s.substr(b, e - b);
-}
-
 // The closing text for a Prefix that holds a blank: when the Prefix opens an element
 // ("<name attr...>", not a declaration, comment or empty-element tag) the matching end
 // tag "</name>", otherwise nothing.

@@ -254,10 +254,6 @@ class clsXML : public Object {
   ErrorState errors_;
 };
 
-// Loads a whole text given as Text or as code-page bytes, for readers that take both.
-inline void put_engine_xml(clsXML& engine, const Text& xml) { engine.put_XML(xml); }
-inline void put_engine_xml(clsXML& engine, std::string_view xml) { engine.put_XML_bytes(xml); }
-
 // The bytes a fresh engine loaded with xml would hold, for readers that need no engine:
 // Text is encoded into storage, bytes are used in place. Error 6 beyond an engine's size.
 std::string_view engine_bytes(const Text& xml, std::string& storage);

@@ -278,6 +278,11 @@ TEST(ValuesNumbers, NumberViaTextEqualsReadingTheWrittenText) {
     const auto raw = static_cast<int64_t>(random() >> shift) * (i % 2 ? 1 : -1);
     values.emplace_back(Currency::from_raw(raw));
     values.emplace_back(static_cast<double>(raw >> 10));  // whole doubles, some of 15+ digits
+    // Fractions: short ones (3.27, 1.5E-07) read back as themselves, long ones (0.1 + 0.2)
+    // do not; both at every magnitude a double reaches.
+    const double scale = std::pow(10.0, static_cast<int>(random() % 600) - 300);
+    values.emplace_back(static_cast<double>(raw % 100000) / 1000 * scale);
+    values.emplace_back(static_cast<double>(raw) / 3 * scale);
   }
   for (const Variant& v : values) {
     const double fast = number_via_text(v);
