@@ -4,6 +4,7 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "frame/diagnostics.h"
 #include "frame/procedure.h"
 #include "xml/angle_brackets.h"
 #include "xml/byte_search.h"
@@ -142,6 +143,12 @@ Text FirstValues::get(TextView name) const {
   if (index == ElementNames::npos) {
     if (engine_ == nullptr) throw std::invalid_argument("FirstValues: a name outside the set");
     return engine_->get_Value(name, 1);
+  }
+  // Most names of a record are absent. Untraced, such a read writes nothing and cannot
+  // fail (while the engine keeps its text): it is answered without the procedure.
+  if (starts_[index] == kAbsent && !diag::TraceActive() &&
+      (engine_ == nullptr || engine_->buffer_)) {
+    return Text();
   }
   ErrorState& errors = engine_ ? engine_->errors_ : own_errors_;
   return run_procedure(errors, u"clsXML | Get Value", Trace::Yes,

@@ -109,6 +109,26 @@ TEST(FirstValues, WriteTheEnginesTraceLineAndFailOnADestroyedEngine) {
   EXPECT_EQ(logs.error_lines().size(), errors_before + 1);
 }
 
+// Untraced reads of absent names skip the procedure, but not its failure: a destroyed
+// engine still answers 91 for them, with its one error-log line.
+TEST(FirstValues, AbsentNamesStillFailOnADestroyedEngine) {
+  static const ElementNames names{u"A", u"B"};
+  testing::LogFolder logs;
+  Ref<clsXML> engine = loaded(u"<A>1</A>");
+  const FirstValues values(*engine, names);
+  EXPECT_EQ(values.get(u"B"), u"");
+  engine->Clear(true);
+  const size_t errors_before = logs.error_lines().size();
+  try {
+    values.get(u"B");
+    FAIL() << "a destroyed engine has no text to read";
+  } catch (const Error& e) {
+    EXPECT_EQ(e.number(), 91);
+  }
+  EXPECT_EQ(logs.error_lines().size(), errors_before + 1);
+  EXPECT_TRUE(logs.trace_lines().empty());
+}
+
 TEST(FirstValues, NameSetsRejectNamesTheOnePassCannotFind) {
   EXPECT_THROW(ElementNames({u""}), std::invalid_argument);
   EXPECT_THROW(ElementNames({u"/a"}), std::invalid_argument);
