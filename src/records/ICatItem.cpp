@@ -31,7 +31,7 @@ Ref<ICatPrice> price_at(ICatPriceCol& prices, const Text& location) {
 }
 
 // Amounts are compared and returned through their text form, like quantities.
-double amount_number(Currency amount) { return leading_number(amount.to_text()); }
+double amount_number(Currency amount) { return number_via_text(Variant(amount)); }
 
 }  // namespace
 
