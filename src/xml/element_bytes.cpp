@@ -1,6 +1,9 @@
 #include "xml/element_bytes.h"
 
+#include <array>
+#include <cstdint>
 #include <cstring>
+#include <string_view>
 
 #include "vexqom/variant.h"
 
@@ -8,14 +11,30 @@ namespace vexqom {
 
 namespace {
 
+constexpr const char* entity_of(char c) {
+  switch (c) {
+    case '&': return "&amp;";
+    case '<': return "&lt;";
+    case '>': return "&gt;";
+    case '\'': return "&apos;";
+    case '"': return "&quot;";
+    default: return nullptr;
+  }
+}
+
 // The bytes escaping adds to a value: each special character becomes its entity. The
 // code page maps no other character to these five bytes, so they are found in the Text.
 size_t escaped_extra(TextView value) {
+  static constexpr auto kExtra = [] {
+    std::array<uint8_t, 0x80> extra{};
+    for (char c : {'&', '<', '>', '\'', '"'}) {
+      const size_t entity = std::string_view(entity_of(c)).size();
+      extra[static_cast<size_t>(c)] = static_cast<uint8_t>(entity - 1);
+    }
+    return extra;
+  }();
   size_t extra = 0;
-  for (char16_t c : value) {
-    const char* entity = c < 0x80 ? entity_for(static_cast<char>(c)) : nullptr;
-    if (entity != nullptr) extra += std::strlen(entity) - 1;
-  }
+  for (char16_t c : value) extra += c < 0x80 ? kExtra[c] : 0;
   return extra;
 }
 
@@ -24,7 +43,7 @@ char* encode_escaped(TextView value, char* out) {
   size_t run = 0;  // start of the characters not written yet
   for (size_t i = 0; i < value.size(); ++i) {
     const char16_t c = value[i];
-    const char* entity = c < 0x80 ? entity_for(static_cast<char>(c)) : nullptr;
+    const char* entity = c < 0x80 ? entity_of(static_cast<char>(c)) : nullptr;
     if (entity == nullptr) continue;
     encode_code_page(value.substr(run, i - run), out);
     out += i - run;
@@ -39,16 +58,7 @@ char* encode_escaped(TextView value, char* out) {
 
 }  // namespace
 
-const char* entity_for(char c) {
-  switch (c) {
-    case '&': return "&amp;";
-    case '<': return "&lt;";
-    case '>': return "&gt;";
-    case '\'': return "&apos;";
-    case '"': return "&quot;";
-    default: return nullptr;
-  }
-}
+const char* entity_for(char c) { return entity_of(c); }
 
 bool value_left_out(TextView value, bool compress, bool zero_suppress) {
   if (!compress) return false;
@@ -60,7 +70,8 @@ bool is_markup(TextView value) {
 }
 
 size_t ElementBytes::size() const {
-  const size_t value_size = value.size() + (escaped ? escaped_extra(value) : 0);
+  entity_bytes = escaped ? escaped_extra(value) : 0;
+  const size_t value_size = value.size() + entity_bytes;
   return name.size() + 2 + value_size + (start_only ? 0 : name.size() + 3);
 }
 
@@ -70,7 +81,7 @@ char* ElementBytes::write(char* out) const {
   encode_code_page(name, out);
   out += name.size();
   *out++ = '>';
-  if (escaped) {
+  if (entity_bytes > 0) {
     out = encode_escaped(value, out);
   } else {
     encode_code_page(value, out);

@@ -25,8 +25,10 @@ struct ElementBytes {
   bool start_only = false;  // a group's start tag (and value): no end tag
 
   size_t size() const;
-  // Writes size() bytes at out; returns the end.
+  // Writes size() bytes at out (size() asked first); returns the end.
   char* write(char* out) const;
+
+  mutable size_t entity_bytes = 0;  // what escaping adds, counted by size()
 };
 
 }  // namespace vexqom

@@ -26,6 +26,12 @@ class SnippetWriter {
 
   void open(TextView name);                 // Add(name, "", true): a group's start tag
   void add(TextView name, TextView value);  // Add(name, value)
+  // Names given as literals, their length known when compiling (a char16_t literal's
+  // length is otherwise counted on every call).
+  template <size_t N>
+  void add(const char16_t (&name)[N], TextView value) {
+    add(TextView(name, N - 1), value);
+  }
   void add_xml(std::string_view bytes);     // AddXML of code-page bytes
   // The same for a text larger than what is written so far: its storage is taken over,
   // so a collection's members are not copied into a second buffer of their size.
