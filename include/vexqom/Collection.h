@@ -40,6 +40,9 @@ class VEXQOM_API Collection : public Object {
   // ---- For the library's own collections ----
   // Appends under key (no key when empty).
   void add(Variant member, const Text& key);
+  // Room for count members with keys, taken once instead of by growing: for a reader
+  // that knows how many members its document holds.
+  void reserve(size_t count);
   // The member at 0-based position i.
   const Variant& at(size_t i) const { return slots_[slot_at(i)]->value; }
   size_t size() const { return live_; }
@@ -78,6 +81,10 @@ class VEXQOM_API Collection : public Object {
   static constexpr size_t kScannedKeys = 8;
   Entry* find_key(TextView folded_key) const;
   void index_key(Entry* entry);  // the appended entry's key; may fail only when indexed
+  void start_index();            // from scanning the few keys to the hash index
+  // An indexed collection files the key before the entry is appended (one lookup for the
+  // test and the filing); true when it did. 457 for a key already present.
+  bool claim_key(Entry* entry);
   void forget_key(const Entry& e);
 
   std::vector<std::unique_ptr<Entry>> slots_;  // null: a removed member's slot

@@ -51,7 +51,6 @@ void Collection::Add(const Variant& Item, const Variant& Key) {
   entry->value = Item;
   entry->folded_key = fold_case(Key.text());
   entry->has_key = true;
-  if (find_key(entry->folded_key)) throw Error(errc::kDuplicateKey);
   append(std::move(entry));
 }
 
@@ -61,9 +60,17 @@ void Collection::add(Variant member, const Text& key) {
   if (!key.empty()) {
     entry->folded_key = fold_case(key);
     entry->has_key = true;
-    if (find_key(entry->folded_key)) throw Error(errc::kDuplicateKey);
   }
   append(std::move(entry));
+}
+
+void Collection::reserve(size_t count) {
+  slots_.reserve(slots_.size() + count);
+  filled_tree_.reserve(filled_tree_.size() + count);
+  if (few_count_ + count > kScannedKeys) {
+    start_index();
+    by_key_.reserve(by_key_.size() + count);
+  }
 }
 
 Variant Collection::Item(const Variant& Index) const {
@@ -135,27 +142,35 @@ size_t Collection::slot_at_slow(size_t position) const {
   return k;  // the slot after the k slots that hold fewer than position + 1 members
 }
 
+// The entry goes after the last member; a key already present is refused (457) and the
+// collection stays as it was.
 void Collection::append(std::unique_ptr<Entry> entry) {
+  Entry* raw = entry.get();
+  const bool claimed = raw->has_key && claim_key(raw);
   const size_t k = slots_.size() + 1;  // the new slot's 1-based index
   const size_t low = k & (~k + 1);
   // The node covers slots k-low+1 .. k: all filled unless a removal left holes there.
   const size_t covered =
       live_ == slots_.size() ? low : 1 + filled_up_to(k - 1) - filled_up_to(k - low);
-  entry->slot = slots_.size();
-  Entry* raw = entry.get();
-  if (slots_.empty()) {  // one allocation for a small collection's members
-    slots_.reserve(4);
-    filled_tree_.reserve(4);
-  }
-  filled_tree_.push_back(static_cast<uint32_t>(covered));
+  raw->slot = slots_.size();
   try {
-    slots_.push_back(std::move(entry));
+    if (slots_.empty()) {  // one allocation for a small collection's members
+      slots_.reserve(4);
+      filled_tree_.reserve(4);
+    }
+    filled_tree_.push_back(static_cast<uint32_t>(covered));
+    try {
+      slots_.push_back(std::move(entry));
+    } catch (...) {
+      filled_tree_.pop_back();
+      throw;
+    }
   } catch (...) {
-    filled_tree_.pop_back();
+    if (claimed) by_key_.erase(raw->folded_key);
     throw;
   }
   ++live_;
-  if (!raw->has_key) return;
+  if (!raw->has_key || claimed) return;
   try {
     index_key(raw);
   } catch (...) {
@@ -206,23 +221,35 @@ Collection::Entry* Collection::find_key(TextView folded_key) const {
   return nullptr;
 }
 
+bool Collection::claim_key(Entry* entry) {
+  if (!indexed_) {
+    if (find_key(entry->folded_key)) throw Error(errc::kDuplicateKey);
+    return false;
+  }
+  if (!by_key_.try_emplace(entry->folded_key, entry).second) throw Error(errc::kDuplicateKey);
+  return true;
+}
+
+void Collection::start_index() {
+  if (indexed_) return;
+  try {
+    for (size_t i = 0; i < few_count_; ++i) {
+      by_key_.emplace(few_keys_[i]->folded_key, few_keys_[i]);
+    }
+  } catch (...) {
+    by_key_.clear();  // still scanning the few
+    throw;
+  }
+  indexed_ = true;
+  few_count_ = 0;
+}
+
 void Collection::index_key(Entry* entry) {
   if (!indexed_ && few_count_ < kScannedKeys) {
     few_keys_[few_count_++] = entry;
     return;
   }
-  if (!indexed_) {
-    try {
-      for (size_t i = 0; i < few_count_; ++i) {
-        by_key_.emplace(few_keys_[i]->folded_key, few_keys_[i]);
-      }
-    } catch (...) {
-      by_key_.clear();  // still scanning the few
-      throw;
-    }
-    indexed_ = true;
-    few_count_ = 0;
-  }
+  start_index();
   by_key_.emplace(entry->folded_key, entry);
 }
 

@@ -40,6 +40,7 @@ void ICatItemCol::put_XML(const Text& xsXML) {
     const int16_t count = read_member_count(*engine);
     line = 5;
     XDocVersion_ = engine->get_Value(u"XDocVersion", 1);
+    if (count > 0) members_->reserve(static_cast<size_t>(count));
     // "Count" is trusted: exactly that many "Item" elements are read, by position.
     for (int32_t i = 1; i <= count; ++i) {
       line = 6;

@@ -126,6 +126,16 @@ TEST(Collection, KeysBehaveAlikeScannedAndIndexed) {
   EXPECT_EQ(few->Item(Variant(key(4))).long_value(), 4);
   EXPECT_EQ(error_of([&] { few->add(Variant(8), key(3)); }), 457);
   EXPECT_EQ(few->Count(), 4);
+
+  // Room taken ahead indexes the keys already there and every one after them.
+  few->reserve(100);
+  for (int n = 10; n < 40; ++n) few->add(Variant(n), key(n));
+  EXPECT_EQ(error_of([&] { few->add(Variant(8), upper_case(key(4))); }), 457);
+  EXPECT_EQ(error_of([&] { few->add(Variant(8), key(39)); }), 457);
+  EXPECT_EQ(few->Count(), 34);
+  EXPECT_EQ(few->Item(Variant(key(2))).long_value(), 7);
+  EXPECT_EQ(few->Item(Variant(int32_t{5})).long_value(), 10);
+  EXPECT_EQ(few->Item(Variant(key(39))).long_value(), 39);
 }
 
 // Removals leave holes that are counted past and later squeezed out; a model list checks
