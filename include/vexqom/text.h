@@ -33,6 +33,8 @@ VEXQOM_API void append_code_page(std::string& out, TextView text);
 VEXQOM_API void encode_code_page(TextView text, char* out);
 // Decoding: one code unit per byte.
 VEXQOM_API Text from_code_page(std::string_view bytes);
+// Writes the n bytes' n code units to out (room for n units).
+VEXQOM_API void decode_code_page(std::string_view bytes, char16_t* out);
 
 // Trims U+0020 blanks only (the blanks the system trims).
 VEXQOM_API TextView trim_blanks(TextView text);

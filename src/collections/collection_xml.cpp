@@ -8,16 +8,8 @@
 
 namespace vexqom {
 
-namespace {
-
-bool looks_like_markup(std::string_view bytes) {
-  return !bytes.empty() && bytes.front() == '<' && bytes.back() == '>';
-}
-
-}  // namespace
-
-std::string compose_collection_bytes(const CollectionForm& form, int32_t count,
-                                     std::string&& members_xml, int& line) {
+CollectionFrame compose_collection_frame(const CollectionForm& form, int32_t count,
+                                         const Text* members_not_markup, int& line) {
   line = 3;
   SnippetWriter out(form.compress, form.zero_suppress);
   line = 4;
@@ -29,14 +21,13 @@ std::string compose_collection_bytes(const CollectionForm& form, int32_t count,
   line = 6;
   out.add(u"Count", integer_text(count));
   line = 7;
-  // Markup is written as it is (never escaped, never a number, never empty): the members'
-  // bytes go in as they are, in their own storage. Anything else goes through the rules.
-  if (looks_like_markup(members_xml)) {
+  CollectionFrame frame;
+  if (members_not_markup == nullptr) {
     out.add_xml("<Collection>");
-    out.take_xml(std::move(members_xml));
+    frame.head = out.take_text();
     out.add_xml("</Collection>");
   } else {
-    out.add(u"Collection", from_code_page(members_xml));
+    out.add(u"Collection", *members_not_markup);
   }
   if (form.with_vehicle) {
     line = 8;
@@ -45,7 +36,12 @@ std::string compose_collection_bytes(const CollectionForm& form, int32_t count,
   }
   line = 9;
   out.close();
-  return std::move(out).finish();
+  if (members_not_markup == nullptr) {
+    frame.tail = std::move(out).finish();
+  } else {
+    frame.head = std::move(out).finish();
+  }
+  return frame;
 }
 
 int16_t read_member_count(clsXML& engine) {

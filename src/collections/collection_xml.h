@@ -24,19 +24,15 @@ struct CollectionForm {
   const Ref<ICatVehicle>* vehicle = nullptr;
 };
 
-// Writes the collection as code-page bytes; member_xml gives each member's own XML, as
-// Text or as code-page bytes. `line` follows the writer's steps so that a failure reports
-// where it happened (a missing vehicle: 91).
+// Writes the collection as code-page bytes, or as Text; member_xml gives each member's
+// own XML, as Text or as code-page bytes. `line` follows the writer's steps so that a
+// failure reports where it happened (a missing vehicle: 91).
 template <class MemberXml>
 std::string write_collection_bytes(const CollectionForm& form, const Collection& members,
                                    MemberXml&& member_xml, int& line);
-
-// The same document as Text.
 template <class MemberXml>
 Text write_collection_xml(const CollectionForm& form, const Collection& members,
-                          MemberXml&& member_xml, int& line) {
-  return from_code_page(write_collection_bytes(form, members, member_xml, line));
-}
+                          MemberXml&& member_xml, int& line);
 
 // Room kept beside the members for the elements around them (root, count, vehicle): a
 // part's few prices then fit one small block.
@@ -62,34 +58,73 @@ inline void append_member_xml(std::string& joined, const Text& xml) {
   append_code_page(joined, xml);
 }
 inline void append_member_xml(std::string& joined, const std::string& xml) { joined += xml; }
+inline void append_member_xml(Text& joined, const std::string& xml) {
+  const size_t at = joined.size();
+  joined.resize(at + xml.size());
+  decode_code_page(xml, joined.data() + at);
+}
+inline void append_member_xml(Text& joined, const Text& xml) { joined += xml; }
 
 // The members' XML, one after the other. Room for all of them is usually taken once, so a
 // large selection is neither joined again nor grown by doubling.
-template <class MemberXml>
-std::string joined_members_xml(const Collection& members, MemberXml&& member_xml) {
-  std::string joined;
+template <class Joined, class MemberXml>
+Joined joined_members_xml(const Collection& members, MemberXml&& member_xml) {
+  Joined joined;
   for (size_t i = 0; i < members.size(); ++i) {
     const auto xml = member_xml(members.at(i));
     if (i == 0) {
       joined.reserve(estimated_members_room(xml.size(), members.size()));
-      prefer_large_pages(joined.data(), joined.capacity());
+      prefer_large_pages(joined.data(), joined.capacity() * sizeof(joined[0]));
     }
     append_member_xml(joined, xml);
   }
   return joined;
 }
 
-// Writes the collection around the members' XML, reusing its storage for the result.
-std::string compose_collection_bytes(const CollectionForm& form, int32_t count,
-                                     std::string&& members_xml, int& line);
+// The document around the members. Members that are markup (never escaped, never a
+// number, never empty) go between head and tail as they are; others are written inside
+// head by the engine's rules, and tail stays empty.
+struct CollectionFrame {
+  std::string head;
+  std::string tail;
+};
+CollectionFrame compose_collection_frame(const CollectionForm& form, int32_t count,
+                                         const Text* members_not_markup, int& line);
+
+template <class Joined>
+bool is_markup_text(const Joined& text) {
+  return !text.empty() && text.front() == '<' && text.back() == '>';
+}
 
 template <class MemberXml>
 std::string write_collection_bytes(const CollectionForm& form, const Collection& members,
                                    MemberXml&& member_xml, int& line) {
   line = 2;
-  std::string joined = joined_members_xml(members, member_xml);
-  return compose_collection_bytes(form, static_cast<int32_t>(members.size()),
-                                  std::move(joined), line);
+  std::string joined = joined_members_xml<std::string>(members, member_xml);
+  const auto count = static_cast<int32_t>(members.size());
+  if (!is_markup_text(joined)) {
+    const Text members_text = from_code_page(joined);
+    return compose_collection_frame(form, count, &members_text, line).head;
+  }
+  const CollectionFrame frame = compose_collection_frame(form, count, nullptr, line);
+  joined.insert(0, frame.head);  // in the room taken beside the members
+  joined += frame.tail;
+  return joined;
+}
+
+template <class MemberXml>
+Text write_collection_xml(const CollectionForm& form, const Collection& members,
+                          MemberXml&& member_xml, int& line) {
+  line = 2;
+  Text joined = joined_members_xml<Text>(members, member_xml);
+  const auto count = static_cast<int32_t>(members.size());
+  if (!is_markup_text(joined)) {
+    return from_code_page(compose_collection_frame(form, count, &joined, line).head);
+  }
+  const CollectionFrame frame = compose_collection_frame(form, count, nullptr, line);
+  joined.insert(0, from_code_page(frame.head));  // in the room taken beside the members
+  joined += from_code_page(frame.tail);
+  return joined;
 }
 
 }  // namespace vexqom

@@ -269,10 +269,7 @@ std::string to_code_page(TextView text) {
   return out;
 }
 
-Text from_code_page(std::string_view bytes) {
-  Text out;
-  out.resize(bytes.size());
-  char16_t* dst = out.data();
+void decode_code_page(std::string_view bytes, char16_t* dst) {
   const char16_t* decode = nullptr;
   std::size_t i = 0;
   while (i < bytes.size()) {
@@ -282,6 +279,12 @@ Text from_code_page(std::string_view bytes) {
     if (!decode) decode = code_page().decode.data();
     dst[i++] = decode[b];
   }
+}
+
+Text from_code_page(std::string_view bytes) {
+  Text out;
+  out.resize(bytes.size());
+  decode_code_page(bytes, out.data());
   return out;
 }
 

@@ -35,13 +35,10 @@ void SnippetWriter::add(TextView name, TextView value) {
 
 void SnippetWriter::add_xml(std::string_view bytes) { out_ += bytes; }
 
-void SnippetWriter::take_xml(std::string&& bytes) {
-  if (bytes.size() <= out_.size()) {
-    out_ += bytes;
-    return;
-  }
-  bytes.insert(0, out_);
-  out_.swap(bytes);
+std::string SnippetWriter::take_text() {
+  std::string text = std::move(out_);
+  out_.clear();
+  return text;
 }
 
 void SnippetWriter::close() {

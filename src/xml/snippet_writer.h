@@ -33,9 +33,9 @@ class SnippetWriter {
     add(TextView(name, N - 1), value);
   }
   void add_xml(std::string_view bytes);     // AddXML of code-page bytes
-  // The same for a text larger than what is written so far: its storage is taken over,
-  // so a collection's members are not copied into a second buffer of their size.
-  void take_xml(std::string&& bytes);
+  // The text written so far, handed out; the writing goes on after it (open groups stay
+  // open). Lets a caller put a large part between two pieces instead of copying it in.
+  std::string take_text();
   void close();                             // EndGroup: nothing when no group is open
   std::string finish() &&;                  // the text, open groups closed
 
