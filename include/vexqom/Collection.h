@@ -10,7 +10,6 @@
 #include <array>
 #include <cstdint>
 #include <memory>
-#include <unordered_map>
 #include <vector>
 
 #include "vexqom/Enumerator.h"
@@ -19,6 +18,9 @@
 #include "vexqom/variant.h"
 
 namespace vexqom {
+
+template <class Member>
+class KeyIndex;  // the library's own (collections/key_index.h)
 
 class VEXQOM_API Collection : public Object {
  public:
@@ -93,7 +95,7 @@ class VEXQOM_API Collection : public Object {
   std::array<Entry*, kScannedKeys> few_keys_{};  // the keyed entries, until indexed_
   size_t few_count_ = 0;
   bool indexed_ = false;
-  std::unordered_map<TextView, Entry*> by_key_;  // views of the entries' own keys
+  std::unique_ptr<KeyIndex<Entry>> by_key_;  // once indexed_
 };
 
 template <class Pred>

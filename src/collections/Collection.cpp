@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "collections/key_index.h"
 #include "frame/class_info.h"
 #include "vexqom/error.h"
 
@@ -69,7 +70,7 @@ void Collection::reserve(size_t count) {
   filled_tree_.reserve(filled_tree_.size() + count);
   if (few_count_ + count > kScannedKeys) {
     start_index();
-    by_key_.reserve(by_key_.size() + count);
+    by_key_->reserve(by_key_->size() + count);
   }
 }
 
@@ -166,7 +167,7 @@ void Collection::append(std::unique_ptr<Entry> entry) {
       throw;
     }
   } catch (...) {
-    if (claimed) by_key_.erase(raw->folded_key);
+    if (claimed) by_key_->erase(raw);
     throw;
   }
   ++live_;
@@ -212,8 +213,7 @@ void Collection::compact() {
 
 Collection::Entry* Collection::find_key(TextView folded_key) const {
   if (indexed_) {
-    const auto it = by_key_.find(folded_key);
-    return it == by_key_.end() ? nullptr : it->second;
+    return by_key_->find(folded_key);
   }
   for (size_t i = 0; i < few_count_; ++i) {
     if (few_keys_[i]->folded_key == folded_key) return few_keys_[i];
@@ -226,18 +226,17 @@ bool Collection::claim_key(Entry* entry) {
     if (find_key(entry->folded_key)) throw Error(errc::kDuplicateKey);
     return false;
   }
-  if (!by_key_.try_emplace(entry->folded_key, entry).second) throw Error(errc::kDuplicateKey);
+  if (!by_key_->insert(entry)) throw Error(errc::kDuplicateKey);
   return true;
 }
 
 void Collection::start_index() {
   if (indexed_) return;
   try {
-    for (size_t i = 0; i < few_count_; ++i) {
-      by_key_.emplace(few_keys_[i]->folded_key, few_keys_[i]);
-    }
+    by_key_ = std::make_unique<KeyIndex<Entry>>();
+    for (size_t i = 0; i < few_count_; ++i) by_key_->insert(few_keys_[i]);
   } catch (...) {
-    by_key_.clear();  // still scanning the few
+    by_key_.reset();  // still scanning the few
     throw;
   }
   indexed_ = true;
@@ -250,13 +249,13 @@ void Collection::index_key(Entry* entry) {
     return;
   }
   start_index();
-  by_key_.emplace(entry->folded_key, entry);
+  by_key_->insert(entry);
 }
 
 void Collection::forget_key(const Entry& e) {
   if (!e.has_key) return;
   if (indexed_) {
-    by_key_.erase(e.folded_key);
+    by_key_->erase(&e);
     return;
   }
   for (size_t i = 0; i < few_count_; ++i) {
