@@ -104,12 +104,14 @@ void ElementNames::add_all(const Names& names) {
 FirstValues::FirstValues(clsXML& engine, const ElementNames& names)
     : engine_(&engine), names_(names), text_(engine.buffer().bytes()), unfound_(names.size()) {
   starts_.fill(kAbsent);
+  ends_.fill(kAbsent);
   find_start_tags();
 }
 
 FirstValues::FirstValues(std::string_view text, const ElementNames& names)
     : engine_(nullptr), names_(names), text_(text), unfound_(names.size()) {
   starts_.fill(kAbsent);
+  ends_.fill(kAbsent);
   find_start_tags();
 }
 
@@ -119,6 +121,7 @@ void FirstValues::note_start_tag(size_t open, size_t close) {
   const size_t index = names_.index_of(text_.substr(open + 1, length));
   if (index == ElementNames::npos || starts_[index] != kAbsent) return;
   starts_[index] = static_cast<uint32_t>(open);
+  awaiting_end_ = index;
   --unfound_;
 }
 
@@ -131,6 +134,13 @@ void FirstValues::find_start_tags() {
   size_t open = kNone;
   auto visit = [&](size_t at) {
     if (s[at] == '<') {
+      // The first "<" after a value's start tag: its end tag, when the value is plain.
+      if (awaiting_end_ != ElementNames::npos) {
+        if (text_.substr(at).starts_with(names_.end_tag(awaiting_end_))) {
+          ends_[awaiting_end_] = static_cast<uint32_t>(at);
+        }
+        awaiting_end_ = ElementNames::npos;
+      }
       open = at + 1 < n && s[at + 1] != '/' ? at : kNone;
     } else if (open != kNone) {
       note_start_tag(open, at);
@@ -174,7 +184,9 @@ Text FirstValues::value_of(size_t index, int& line) const {
   if (starts_[index] == kAbsent) return Text();
   const size_t value_begin = starts_[index] + names_.name(index).size() + 2;
   line = 7;
-  const size_t value_end = find_bytes(text_, names_.end_tag(index), value_begin);
+  const size_t value_end = ends_[index] != kAbsent
+                               ? ends_[index]
+                               : find_bytes(text_, names_.end_tag(index), value_begin);
   if (value_end == std::string_view::npos) return Text();
   line = 9;
   return clsXML::value_text(text_.substr(value_begin, value_end - value_begin));

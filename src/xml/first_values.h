@@ -104,6 +104,10 @@ class FirstValues {
   size_t unfound_;
   mutable size_t expected_ = 0;  // the index after the one asked for last
   std::array<uint32_t, ElementNames::kMaxNames> starts_;  // of each name's first "<name>"
+  // Where the value's end tag starts, when the walk saw it as the very next tag (the
+  // usual case; kAbsent: to be searched for).
+  std::array<uint32_t, ElementNames::kMaxNames> ends_;
+  size_t awaiting_end_ = ElementNames::npos;  // the name whose start tag came last
 };
 
 }  // namespace vexqom
