@@ -494,6 +494,19 @@ Text coerce_to_text(const Variant& v) { return to_text(v); }
 
 namespace {
 
+// Whether a decimal of at most 15 digits reads as d: some m / 10^k with m whole and below
+// 1E+15 whose correctly rounded quotient is d (cheap, and enough for amounts and prices).
+bool short_decimal(double d) {
+  static constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                            1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+  for (const double power : kPowersOfTen) {
+    const double m = std::nearbyint(d * power);
+    if (std::fabs(m) >= 1e15) return false;
+    if (m / power == d) return true;
+  }
+  return false;
+}
+
 // The significant digits of a double's shortest form that reads back as itself.
 int shortest_digits(double d) {
   char buf[32];
@@ -529,7 +542,7 @@ double number_via_text(const Variant& v) {
       const double d = v.dbl();
       if (d == 0) return 0.0;
       if (std::fabs(d) < 1e15 && std::trunc(d) == d) return d;
-      if (std::isfinite(d) && shortest_digits(d) <= 15) return d;
+      if (std::isfinite(d) && (short_decimal(d) || shortest_digits(d) <= 15)) return d;
       break;
     }
     default: break;
