@@ -405,6 +405,7 @@ static bool plainly_not_zero(TextView text) {
 }
 
 bool is_zero_number_text(TextView text) {
+  if (text.size() == 1) return text[0] == u'0';  // the writers' zero, and every other digit
   if (plainly_not_zero(text)) return false;
   TextView s;
   NumberScan n;

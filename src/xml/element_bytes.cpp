@@ -38,6 +38,18 @@ size_t escaped_extra(TextView value) {
   return extra;
 }
 
+// Writes text in the code page; returns the end. Short ASCII texts (names, most values)
+// are narrowed here, without the general conversion's call.
+char* put_code_page(TextView text, char* out) {
+  if (text.size() <= 16) {
+    size_t i = 0;
+    for (; i < text.size() && text[i] < 0x80; ++i) out[i] = static_cast<char>(text[i]);
+    if (i == text.size()) return out + i;
+  }
+  encode_code_page(text, out);
+  return out + text.size();
+}
+
 // Writes value in the code page with its special characters as entities; returns the end.
 char* encode_escaped(TextView value, char* out) {
   size_t run = 0;  // start of the characters not written yet
@@ -45,15 +57,13 @@ char* encode_escaped(TextView value, char* out) {
     const char16_t c = value[i];
     const char* entity = c < 0x80 ? entity_of(static_cast<char>(c)) : nullptr;
     if (entity == nullptr) continue;
-    encode_code_page(value.substr(run, i - run), out);
-    out += i - run;
+    out = put_code_page(value.substr(run, i - run), out);
     const size_t n = std::strlen(entity);
     std::memcpy(out, entity, n);
     out += n;
     run = i + 1;
   }
-  encode_code_page(value.substr(run), out);
-  return out + (value.size() - run);
+  return put_code_page(value.substr(run), out);
 }
 
 }  // namespace
@@ -78,15 +88,9 @@ size_t ElementBytes::size() const {
 char* ElementBytes::write(char* out) const {
   *out++ = '<';
   const char* name_bytes = out;
-  encode_code_page(name, out);
-  out += name.size();
+  out = put_code_page(name, out);
   *out++ = '>';
-  if (entity_bytes > 0) {
-    out = encode_escaped(value, out);
-  } else {
-    encode_code_page(value, out);
-    out += value.size();
-  }
+  out = entity_bytes > 0 ? encode_escaped(value, out) : put_code_page(value, out);
   if (!start_only) {
     *out++ = '<';
     *out++ = '/';

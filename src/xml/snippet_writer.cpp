@@ -1,5 +1,7 @@
 #include "xml/snippet_writer.h"
 
+#include <stdexcept>
+
 #include "xml/element_bytes.h"
 
 namespace vexqom {
@@ -21,10 +23,8 @@ SnippetWriter::SnippetWriter(bool compress, bool zero_suppress)
 
 void SnippetWriter::open(TextView name) {
   if (name.empty()) return;
-  std::string end_tag = "</";
-  append_code_page(end_tag, name);
-  end_tag += '>';
-  groups_.push_back(std::move(end_tag));
+  if (depth_ == kDepth) throw std::length_error("SnippetWriter: groups nested too deep");
+  groups_[depth_++] = name;
   append_element(out_, ElementBytes{name, TextView(), true, true});
 }
 
@@ -42,13 +42,15 @@ std::string SnippetWriter::take_text() {
 }
 
 void SnippetWriter::close() {
-  if (groups_.empty()) return;
-  out_ += groups_.back();
-  groups_.pop_back();
+  if (depth_ == 0) return;
+  const TextView name = groups_[--depth_];
+  out_ += "</";
+  append_code_page(out_, name);
+  out_ += '>';
 }
 
 std::string SnippetWriter::finish() && {
-  while (!groups_.empty()) close();
+  while (depth_ > 0) close();
   return std::move(out_);
 }
 

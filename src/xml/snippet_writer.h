@@ -11,9 +11,9 @@
 //   return std::move(out).finish();
 #pragma once
 
+#include <array>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "vexqom/text.h"
 
@@ -24,7 +24,9 @@ class SnippetWriter {
   // ZeroSuppress turns Compress on, as the engine's switch does.
   SnippetWriter(bool compress, bool zero_suppress);
 
-  void open(TextView name);                 // Add(name, "", true): a group's start tag
+  // Add(name, "", true): a group's start tag. The name must stay valid until the group
+  // is closed (records and collections pass literals); groups nest at most kDepth deep.
+  void open(TextView name);
   void add(TextView name, TextView value);  // Add(name, value)
   // Names given as literals, their length known when compiling (a char16_t literal's
   // length is otherwise counted on every call).
@@ -40,8 +42,10 @@ class SnippetWriter {
   std::string finish() &&;                  // the text, open groups closed
 
  private:
+  static constexpr size_t kDepth = 8;
   std::string out_;
-  std::vector<std::string> groups_;  // the end tags of the open groups
+  std::array<TextView, kDepth> groups_;  // the names of the open groups
+  size_t depth_ = 0;
   bool compress_;
   bool zero_suppress_;
 };

@@ -25,6 +25,7 @@ TEST(SnippetWriter, WritesWhatASnippetEngineWrites) {
     const bool zero_suppress = random() % 2;
     SnippetWriter writer(compress, zero_suppress);
     std::string taken;  // the pieces handed out before the end
+    int depth = 0;
     Ref<clsXML> engine = create<clsXML>();
     engine->put_Snippet(true);
     engine->put_Compress(compress);
@@ -34,10 +35,13 @@ TEST(SnippetWriter, WritesWhatASnippetEngineWrites) {
       const Text& value = values[random() % values.size()];
       switch (random() % 6) {
         case 0:
+          if (depth == 8) break;  // the writer's nesting limit
+          ++depth;
           writer.open(name);
           engine->Add(name, Text(), true, false);
           break;
         case 1:
+          depth -= depth > 0;
           writer.close();
           engine->EndGroup();
           break;
