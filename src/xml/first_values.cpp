@@ -102,14 +102,22 @@ void ElementNames::add_all(const Names& names) {
 // FirstValues
 
 FirstValues::FirstValues(clsXML& engine, const ElementNames& names)
-    : engine_(&engine), names_(names), text_(engine.buffer().bytes()), unfound_(names.size()) {
+    : engine_(&engine),
+      tracing_(diag::thread_state().TraceActive),
+      names_(names),
+      text_(engine.buffer().bytes()),
+      unfound_(names.size()) {
   starts_.fill(kAbsent);
   ends_.fill(kAbsent);
   find_start_tags();
 }
 
 FirstValues::FirstValues(std::string_view text, const ElementNames& names)
-    : engine_(nullptr), names_(names), text_(text), unfound_(names.size()) {
+    : engine_(nullptr),
+      tracing_(diag::thread_state().TraceActive),
+      names_(names),
+      text_(text),
+      unfound_(names.size()) {
   starts_.fill(kAbsent);
   ends_.fill(kAbsent);
   find_start_tags();
@@ -167,7 +175,7 @@ Text FirstValues::get(TextView name) const {
   }
   // Most names of a record are absent. Untraced, such a read writes nothing and cannot
   // fail (while the engine keeps its text): it is answered without the procedure.
-  if (starts_[index] == kAbsent && !diag::TraceActive() &&
+  if (starts_[index] == kAbsent && !tracing_ &&
       (engine_ == nullptr || engine_->buffer_)) {
     return Text();
   }

@@ -98,6 +98,8 @@ class FirstValues {
   Text value_of(size_t index, int& line) const;
 
   clsXML* engine_;  // null when reading bytes alone
+  // This thread's tracing switch, looked at on every read (a reader stays on its thread).
+  const bool& tracing_;
   mutable ErrorState own_errors_;  // the failures of reads without an engine
   const ElementNames& names_;
   std::string_view text_;
