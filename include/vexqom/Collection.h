@@ -42,6 +42,8 @@ class VEXQOM_API Collection : public Object {
   // ---- For the library's own collections ----
   // Appends under key (no key when empty).
   void add(Variant member, const Text& key);
+  // Never held a member: as good as a new list.
+  bool pristine() const { return slots_.empty() && !indexed_; }
   // Room for count members with keys, taken once instead of by growing: for a reader
   // that knows how many members its document holds.
   void reserve(size_t count);

@@ -48,6 +48,12 @@ class VEXQOM_API ICatPriceCol : public Object {
   void put_XML_bytes(std::string_view xml);
   template <class Xml>
   void load_xml(const Xml& xml);  // Text or code-page bytes
+  // The state of a new price collection, without the trace lines creating one writes (for
+  // an item reloading a collection nobody else holds).
+  void renew();
+  // A new member list; one that nobody else holds and that never held a member is kept,
+  // as no one could tell the two apart.
+  void renew_members();
 
   Collection& require_members() const;  // error 91 without a member list
 

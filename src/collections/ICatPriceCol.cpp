@@ -84,11 +84,21 @@ void ICatPriceCol::put_XML(const Text& xsXML) { load_xml(xsXML); }
 
 void ICatPriceCol::put_XML_bytes(std::string_view xml) { load_xml(xml); }
 
+void ICatPriceCol::renew() {
+  errors_ = ErrorState();
+  renew_members();
+}
+
+void ICatPriceCol::renew_members() {
+  if (members_ && members_->ref_count() == 1 && members_->pristine()) return;
+  members_ = create<Collection>();
+}
+
 template <class Xml>
 void ICatPriceCol::load_xml(const Xml& xsXML) {
   run_procedure(errors_, u"ICatPriceCol | Let XML", Trace::Yes, [&](int& line) {
     line = 1;
-    members_ = create<Collection>();
+    renew_members();
     line = 2;
     if (xsXML.empty()) return;
     line = 3;

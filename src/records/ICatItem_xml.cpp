@@ -106,8 +106,17 @@ template <class Xml>
 void ICatItem::load_xml(const Xml& xsXML) {
   run_procedure(errors_, u"ICatItem | Let XML", Trace::No, [&](int& line) {
     line = 1;
-    // The old prices never survive a load, not even when the text has none.
-    Clear(false);
+    // The old prices never survive a load, not even when the text has none. Untraced, a
+    // price collection nobody else holds is renewed in place: a new one would differ from
+    // it only in the trace lines its creation writes.
+    if (!diag::TraceActive() && PriceCol_ && PriceCol_->ref_count() == 1) {
+      Ref<ICatPriceCol> prices = std::move(PriceCol_);
+      Clear(true);
+      prices->renew();
+      PriceCol_ = std::move(prices);
+    } else {
+      Clear(false);
+    }
     line = 2;
     if (xsXML.empty()) return;
     line = 3;

@@ -162,5 +162,43 @@ TEST(ICatItemXml, ReaderRoundsNumbersReplacesPricesAndStopsAtOverflow) {
   EXPECT_EQ(last.rfind("ICatItem | Get XML, Error # 91 at line: ", 0), 0u) << last;
 }
 
+// Every load brings a new price collection. A host holding the old one keeps its prices;
+// one nobody holds may be renewed in place, which must look the same, also in the trace.
+TEST(ICatItemXml, EveryLoadBringsANewPriceCollection) {
+  const Text xml = u"<Item><LineCode>L</LineCode><Prices><Count>1</Count><Collection><Price>"
+                   u"<Location>JOBBER</Location><Cost>2</Cost></Price></Collection></Prices>"
+                   u"</Item>";
+  auto item = create<ICatItem>();
+  item->put_XML(xml);
+  Ref<ICatPriceCol> held = item->get_PriceCol();
+  item->put_XML(u"<Item><LineCode>M</LineCode></Item>");
+  EXPECT_NE(item->get_PriceCol(), held);
+  EXPECT_EQ(held->get_Count(), 1) << "the host's collection keeps its prices";
+  EXPECT_EQ(item->get_PriceCol()->get_Count(), 0);
+  held.reset();
+  item->put_XML(xml);  // the unshared collection, reloaded
+  EXPECT_EQ(item->get_PriceCol()->get_Count(), 1);
+  EXPECT_EQ(item->JobberCost(), Variant(2.0));
+
+  // Traced, each load shows the old collection going and a new one made, then loaded.
+  testing::LogFolder logs;
+  logs.create_trace_flag();
+  item->Clear(true);
+  EXPECT_THROW(item->get_XML(), Error);  // the first error starts tracing
+  item->put_XML(xml);
+  item->put_XML(xml);
+  std::vector<std::string> price_lines;
+  for (const std::string& line : logs.trace_lines()) {
+    const size_t at = line.find("ICatPriceCol | ");
+    if (at != std::string::npos) price_lines.push_back(line.substr(at));
+  }
+  const std::vector<std::string> one_load{"ICatPriceCol | Class_Initialize", "ICatPriceCol | Clear",
+                                          "ICatPriceCol | Let XML", "ICatPriceCol | Add"};
+  std::vector<std::string> two_loads = one_load;
+  two_loads.push_back("ICatPriceCol | Clear");  // the first load's collection, released
+  two_loads.insert(two_loads.end(), one_load.begin(), one_load.end());
+  EXPECT_EQ(price_lines, two_loads);
+}
+
 }  // namespace
 }  // namespace vexqom
