@@ -11,7 +11,7 @@ namespace vexqom {
 CollectionFrame compose_collection_frame(const CollectionForm& form, int32_t count,
                                          const Text* members_not_markup, int& line) {
   line = 3;
-  SnippetWriter out(form.compress, form.zero_suppress);
+  SnippetWriter out(form.compress, form.zero_suppress, 64);  // the elements around members
   line = 4;
   out.open(form.root);
   if (form.version != nullptr) {

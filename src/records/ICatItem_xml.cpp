@@ -43,7 +43,7 @@ std::string ICatItem::xml_bytes() {
     line = 1;
     const diag::ThreadState& switches = diag::thread_state();
     line = 2;
-    SnippetWriter out(switches.XMLCompress, switches.XMLZeroSuppress);
+    SnippetWriter out(switches.XMLCompress, switches.XMLZeroSuppress, 1000);  // prices too
     line = 3;
     out.open(u"Item");
     line = 4;

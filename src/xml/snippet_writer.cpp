@@ -16,9 +16,9 @@ void append_element(std::string& out, const ElementBytes& element) {
 
 }  // namespace
 
-SnippetWriter::SnippetWriter(bool compress, bool zero_suppress)
+SnippetWriter::SnippetWriter(bool compress, bool zero_suppress, size_t room)
     : compress_(compress || zero_suppress), zero_suppress_(zero_suppress) {
-  out_.reserve(512);  // a typical record in one allocation
+  out_.reserve(room);
 }
 
 void SnippetWriter::open(TextView name) {

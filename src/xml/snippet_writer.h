@@ -21,8 +21,9 @@ namespace vexqom {
 
 class SnippetWriter {
  public:
-  // ZeroSuppress turns Compress on, as the engine's switch does.
-  SnippetWriter(bool compress, bool zero_suppress);
+  // ZeroSuppress turns Compress on, as the engine's switch does. room: the bytes taken at
+  // once, enough for the usual text.
+  SnippetWriter(bool compress, bool zero_suppress, size_t room = 512);
 
   // Add(name, "", true): a group's start tag. The name must stay valid until the group
   // is closed (records and collections pass literals); groups nest at most kDepth deep.
