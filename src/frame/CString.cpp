@@ -127,14 +127,6 @@ void CString::put_Value(TextView newValue) {
   length_ = count;
 }
 
-void CString::put_ValueBytes(std::string_view bytes) {
-  ++generation_;
-  const int32_t count = checked_length(bytes.size());
-  ensure_size(count, Fill::kOverwritten);
-  if (count > 0) std::memcpy(data_.data(), bytes.data(), bytes.size());
-  length_ = count;
-}
-
 const char* CString::StrPtr() {
   materialize(static_cast<size_t>(length_) + 1);
   data_[static_cast<size_t>(length_)] = '\0';

@@ -39,7 +39,6 @@ class CString : public Object {
 
   Text get_Value() const;
   void put_Value(TextView newValue);
-  void put_ValueBytes(std::string_view bytes);  // the value as code-page bytes
 
   // Writes a zero byte at index length and returns the address of the first byte;
   // valid until the next operation that grows the buffer.

@@ -15,6 +15,10 @@ namespace vexqom {
 
 namespace {
 
+// The powers of ten a double holds exactly, as far as 15-digit numbers need them.
+constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                   1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+
 [[noreturn]] void raise(int32_t number) { throw Error(number); }
 
 // Halves to even, independent of the thread's floating-point rounding mode.
@@ -145,8 +149,6 @@ double radix_value(TextView s, const NumberScan& n) {
 bool short_decimal_value(TextView s, const NumberScan& n, double& value) {
   const std::size_t fraction = n.frac_end - n.frac_begin;
   if (n.exp_end != n.exp_begin || (n.int_end - n.int_begin) + fraction > 15) return false;
-  static constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                            1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
   std::uint64_t digits = 0;
   for (std::size_t i = n.int_begin; i < n.int_end; ++i) digits = digits * 10 + (s[i] - u'0');
   for (std::size_t i = n.frac_begin; i < n.frac_end; ++i) digits = digits * 10 + (s[i] - u'0');
@@ -498,8 +500,6 @@ namespace {
 // Whether a decimal of at most 15 digits reads as d: some m / 10^k with m whole and below
 // 1E+15 whose correctly rounded quotient is d (cheap, and enough for amounts and prices).
 bool short_decimal(double d) {
-  static constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                            1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
   for (const double power : kPowersOfTen) {
     const double m = std::nearbyint(d * power);
     if (std::fabs(m) >= 1e15) return false;

@@ -351,16 +351,6 @@ void clsXML::replace_span(size_t from, size_t to, std::string_view replacement) 
 void clsXML::put_XML(const Text& xsXML) {
   if (!buffer_) buffer_ = create<CString>();
   buffer_->put_Value(xsXML);
-  text_replaced();
-}
-
-void clsXML::put_XML_bytes(std::string_view xml) {
-  if (!buffer_) buffer_ = create<CString>();
-  buffer_->put_ValueBytes(xml);
-  text_replaced();
-}
-
-void clsXML::text_replaced() {
   value_memory_ = SearchMemory{};
   block_memory_ = SearchMemory{};
   loaded_ = true;

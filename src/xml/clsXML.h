@@ -54,9 +54,6 @@ class clsXML : public Object {
   // ---- Whole text ----
   void put_XML(const Text& xsXML);
   Text get_XML();
-  // The same for text already in the engine's code page (a block of another engine's
-  // text): decoding it and encoding it again would give back the very same bytes.
-  void put_XML_bytes(std::string_view xml);
 
   // ---- Builder ----
   void Add(TextView xsTagNam, TextView xsStrVal, bool xbNewGroup = false,
@@ -120,7 +117,6 @@ class clsXML : public Object {
   size_t built_length() const { return buffer_ ? static_cast<size_t>(buffer_->get_Length()) : 0; }
 
  private:
-  void text_replaced();  // a new whole text: nothing learnt about the old one holds
   struct SearchMemory {
     int32_t position = 0;  // 1-based, just after the end tag of the element read last
     int32_t element = 0;
