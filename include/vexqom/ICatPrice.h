@@ -69,6 +69,7 @@ class VEXQOM_API ICatPrice : public Object {
   // The XML form as code-page bytes, for the ICatPriceCol that holds it: a parent's text is
   // handed on without widening it to Text and narrowing it again (the same bytes).
   friend class ICatPriceCol;
+  friend class ICatItem;  // sums quantities and checks locations without copying them
   std::string xml_bytes();
   void put_XML_bytes(std::string_view xml);
   template <class Xml>

@@ -39,6 +39,11 @@ TEST(ICatItem, QuantitiesLeaveOutInvoiceAndLocalAndReadLeadingNumbers) {
   item->get_PriceCol()->Add(unnamed);  // empty location, no key
   EXPECT_EQ(price(*item, u"jobber")->get_QuantityToOrder(), Variant(int32_t{2})) << "unchanged";
   EXPECT_EQ(item->get_QuantityToOrder(), Variant(5.0));
+  // Full case mapping: a dotless i makes INVOICE too; long names are matched the same way.
+  price(*item, u"\u0131nvoice")->put_QuantityToOrder(Variant(7.0));
+  price(*item, u"warehouse north-east")->put_QuantityToOrder(Variant(10.0));
+  EXPECT_EQ(item->get_QuantityToOrder(), Variant(15.0));
+  item->get_PriceCol()->Remove(Variant(Text(u"warehouse north-east")));
   EXPECT_EQ(item->get_QuantityToOrder(u"LOCAL"), Variant(5.0));
   EXPECT_EQ(item->get_QuantityToOrder(u"invoice"), Variant(1.0));
   EXPECT_EQ(item->get_QuantityOnTicket(), Variant(1.0));
