@@ -67,17 +67,17 @@ std::string ICatItem::xml_bytes() {
     out.add(u"ImageURLc2c", ImageURLc2c_);
     out.add(u"ImageURLalt", ImageURLalt_);
     out.add(u"MediaTagID", MediaTagID_);
-    out.add(u"QuantityPerCar", QuantityPerCar_.to_text());
+    out.add(u"QuantityPerCar", QuantityPerCar_);
     line = 7;
     // Appended whatever it holds, so "Prices" is always there.
     out.add_xml(prices().xml_bytes());
     line = 8;
     out.add(u"LaborOperation", LaborOperation_);
     out.add(u"LaborSkill", LaborSkill_);
-    out.add(u"LaborRate", LaborRate_.to_text());
-    out.add(u"LaborHRSnormal", LaborHRSnormal_.to_text());
-    out.add(u"LaborHRSwarranty", LaborHRSwarranty_.to_text());
-    out.add(u"LaborHRSsevere", LaborHRSsevere_.to_text());
+    out.add(u"LaborRate", LaborRate_);
+    out.add(u"LaborHRSnormal", LaborHRSnormal_);
+    out.add(u"LaborHRSwarranty", LaborHRSwarranty_);
+    out.add(u"LaborHRSsevere", LaborHRSsevere_);
     out.add(u"LaborType", LaborType_);
     out.add(u"YearRange", YearRange_);
     out.add(u"ComponentSide", ComponentSide_);

@@ -146,12 +146,12 @@ std::string ICatPrice::xml_bytes() {
     line = 6;
     out.add(u"QuantityToOrder", to_text(QuantityToOrder_));
     line = 7;
-    out.add(u"CoreCost", CoreCost_.to_text());
-    out.add(u"CoreList", CoreList_.to_text());
-    out.add(u"Cost", Cost_.to_text());
-    out.add(u"List", List_.to_text());
-    out.add(u"Sell", Sell_.to_text());
-    out.add(u"Margin", Margin_.to_text());
+    out.add(u"CoreCost", CoreCost_);
+    out.add(u"CoreList", CoreList_);
+    out.add(u"Cost", Cost_);
+    out.add(u"List", List_);
+    out.add(u"Sell", Sell_);
+    out.add(u"Margin", Margin_);
     line = 8;
     out.close();
     line = 9;

@@ -33,6 +33,11 @@ void SnippetWriter::add(TextView name, TextView value) {
   append_element(out_, ElementBytes{name, value, !is_markup(value), false});
 }
 
+void SnippetWriter::add(TextView name, Currency amount) {
+  if (zero_suppress_ && amount == Currency()) return;
+  add(name, TextView(amount.to_text()));
+}
+
 void SnippetWriter::add_xml(std::string_view bytes) { out_ += bytes; }
 
 std::string SnippetWriter::take_text() {

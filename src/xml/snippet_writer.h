@@ -15,6 +15,7 @@
 #include <string>
 #include <string_view>
 
+#include "vexqom/currency.h"
 #include "vexqom/text.h"
 
 namespace vexqom {
@@ -29,11 +30,18 @@ class SnippetWriter {
   // is closed (records and collections pass literals); groups nest at most kDepth deep.
   void open(TextView name);
   void add(TextView name, TextView value);  // Add(name, value)
+  // Add(name, amount's text), without writing the text of a zero amount that ZeroSuppress
+  // leaves out anyway ("0" is a zero number).
+  void add(TextView name, Currency amount);
   // Names given as literals, their length known when compiling (a char16_t literal's
   // length is otherwise counted on every call).
   template <size_t N>
   void add(const char16_t (&name)[N], TextView value) {
     add(TextView(name, N - 1), value);
+  }
+  template <size_t N>
+  void add(const char16_t (&name)[N], Currency amount) {
+    add(TextView(name, N - 1), amount);
   }
   void add_xml(std::string_view bytes);     // AddXML of code-page bytes
   // The text written so far, handed out; the writing goes on after it (open groups stay

@@ -33,7 +33,7 @@ TEST(SnippetWriter, WritesWhatASnippetEngineWrites) {
     for (int step = static_cast<int>(random() % 12); step >= 0; --step) {
       const Text& name = names[random() % names.size()];
       const Text& value = values[random() % values.size()];
-      switch (random() % 6) {
+      switch (random() % 7) {
         case 0:
           if (depth == 8) break;  // the writer's nesting limit
           ++depth;
@@ -50,6 +50,12 @@ TEST(SnippetWriter, WritesWhatASnippetEngineWrites) {
           if (random() % 2) taken += writer.take_text();  // split where a part goes between
           writer.add_xml(bytes);
           engine->AddXML(from_code_page(bytes));
+          break;
+        }
+        case 3: {  // amounts: a zero one is left out without writing its text
+          const Currency amount = Currency::from_raw(static_cast<int64_t>(random() % 3) * 32700);
+          writer.add(name, amount);
+          engine->Add(name, amount.to_text());
           break;
         }
         default:
