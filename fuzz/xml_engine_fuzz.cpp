@@ -60,7 +60,7 @@ void check_first_values(const vexqom::Text& xml, const vexqom::Text& tag) {
     vexqom::Ref<vexqom::clsXML> fresh = vexqom::create<vexqom::clsXML>();
     fresh->put_XML(xml);
     const std::string expected(fresh->get_Block_bytes(name, 1));
-    if (vexqom::clsXML::first_block(bytes, name) != expected) __builtin_trap();
+    if (vexqom::BlockSequence(bytes, name).get(1) != expected) __builtin_trap();
   }
 }
 

@@ -6,6 +6,7 @@
 #include "frame/document_observer.h"
 #include "frame/procedure.h"
 #include "vexqom/ICatItem.h"
+#include "xml/block_sequence.h"
 #include "xml/clsXML.h"
 #include "xml/first_values.h"
 #include "xml/snippet_writer.h"
@@ -151,7 +152,7 @@ void ICatItem::load_xml(const Xml& xsXML) {
     QuantityPerCar_ = amount_from(values.get(u"QuantityPerCar"));
     line = 11;
     // The whole element, tags included; no "Prices" gives the empty text, an empty list.
-    prices().put_XML_bytes(clsXML::first_block(text, u"Prices"));
+    prices().put_XML_bytes(BlockSequence(text, u"Prices").get(1));
     line = 12;
     LaborOperation_ = values.get(u"LaborOperation");
     LaborSkill_ = values.get(u"LaborSkill");

@@ -562,26 +562,6 @@ Text clsXML::get_Block(TextView xsTagName, int16_t xiElement) {
   return from_code_page(get_Block_bytes(xsTagName, xiElement));
 }
 
-std::string_view clsXML::first_block(std::string_view text, TextView xsTagName) {
-  if (text.empty() || xsTagName.empty()) return {};
-  const std::string name = to_code_page(xsTagName);
-  std::string start = "<" + name + ">";
-  size_t s = find_bytes(text, start, 0);
-  if (s == std::string_view::npos) {
-    start.back() = ' ';  // a start tag with attributes
-    s = find_bytes(text, start, 0);
-    if (s == std::string_view::npos) return {};
-  }
-  std::string end = "</" + name + ">";
-  size_t e = find_bytes(text, end, s);
-  if (e == std::string_view::npos) {
-    end = "/>";  // an empty-element tag
-    e = find_bytes(text, end, s);
-    if (e == std::string_view::npos) return {};
-  }
-  return trim_byte_blanks(text.substr(s, e + end.size() - s));
-}
-
 std::string_view engine_bytes(const Text& xml, std::string& storage) {
   if (xml.size() > static_cast<size_t>(INT32_MAX)) throw Error(errc::kOverflow);
   storage = to_code_page(xml);

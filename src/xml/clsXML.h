@@ -89,8 +89,6 @@ class clsXML : public Object {
   Text get_Block(const char16_t (&xsTagName)[N], int16_t xiElement = 0) {
     return get_Block(TextView(xsTagName, N - 1), xiElement);
   }
-  // get_Block(xsTagName, 1) of a fresh engine holding text, as a view into text.
-  static std::string_view first_block(std::string_view text, TextView xsTagName);
   // get_Block's bytes, for another engine to load (valid until this one changes).
   std::string_view get_Block_bytes(TextView xsTagName, int16_t xiElement = 0);
   template <size_t N>

@@ -12,6 +12,7 @@
 #include "support/log_folder.h"
 #include "support/random_text.h"
 #include "vexqom/error.h"
+#include "xml/block_sequence.h"
 #include "xml/clsXML.h"
 
 namespace vexqom {
@@ -53,7 +54,7 @@ TEST(FirstValues, EqualTheEnginesFirstElementReadsOnRandomTexts) {
       ASSERT_EQ(engineless.get(name), expected) << "text \"" << bytes << "\"";
       present += !expected.empty();
       const Text block = loaded(text)->get_Block(name, 1);
-      ASSERT_EQ(as_text(std::string(clsXML::first_block(bytes, name))), block)
+      ASSERT_EQ(as_text(std::string(BlockSequence(bytes, name).get(1))), block)
           << "text \"" << bytes << "\" block " << name.size();
       blocks += !block.empty();
     }
