@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <string>
+#include <type_traits>
 #include <vector>
 
 #include "frame/large_pages.h"
@@ -96,35 +98,45 @@ bool is_markup_text(const Joined& text) {
   return !text.empty() && text.front() == '<' && text.back() == '>';
 }
 
+inline Text as_text(const std::string& bytes) { return from_code_page(bytes); }
+inline const Text& as_text(const Text& text) { return text; }
+template <class Joined>
+Joined from_bytes(std::string&& bytes) {
+  if constexpr (std::is_same_v<Joined, Text>) {
+    return from_code_page(bytes);
+  } else {
+    return std::move(bytes);
+  }
+}
+
+// The members joined as Joined (code-page bytes or Text), the elements around them added
+// in the room taken beside them.
+template <class Joined, class MemberXml>
+Joined write_collection(const CollectionForm& form, const Collection& members,
+                        MemberXml&& member_xml, int& line) {
+  line = 2;
+  Joined joined = joined_members_xml<Joined>(members, member_xml);
+  const auto count = static_cast<int32_t>(members.size());
+  if (!is_markup_text(joined)) {
+    const Text& members_text = as_text(joined);
+    return from_bytes<Joined>(compose_collection_frame(form, count, &members_text, line).head);
+  }
+  CollectionFrame frame = compose_collection_frame(form, count, nullptr, line);
+  joined.insert(0, from_bytes<Joined>(std::move(frame.head)));
+  joined += from_bytes<Joined>(std::move(frame.tail));
+  return joined;
+}
+
 template <class MemberXml>
 std::string write_collection_bytes(const CollectionForm& form, const Collection& members,
                                    MemberXml&& member_xml, int& line) {
-  line = 2;
-  std::string joined = joined_members_xml<std::string>(members, member_xml);
-  const auto count = static_cast<int32_t>(members.size());
-  if (!is_markup_text(joined)) {
-    const Text members_text = from_code_page(joined);
-    return compose_collection_frame(form, count, &members_text, line).head;
-  }
-  const CollectionFrame frame = compose_collection_frame(form, count, nullptr, line);
-  joined.insert(0, frame.head);  // in the room taken beside the members
-  joined += frame.tail;
-  return joined;
+  return write_collection<std::string>(form, members, member_xml, line);
 }
 
 template <class MemberXml>
 Text write_collection_xml(const CollectionForm& form, const Collection& members,
                           MemberXml&& member_xml, int& line) {
-  line = 2;
-  Text joined = joined_members_xml<Text>(members, member_xml);
-  const auto count = static_cast<int32_t>(members.size());
-  if (!is_markup_text(joined)) {
-    return from_code_page(compose_collection_frame(form, count, &joined, line).head);
-  }
-  const CollectionFrame frame = compose_collection_frame(form, count, nullptr, line);
-  joined.insert(0, from_code_page(frame.head));  // in the room taken beside the members
-  joined += from_code_page(frame.tail);
-  return joined;
+  return write_collection<Text>(form, members, member_xml, line);
 }
 
 }  // namespace vexqom
