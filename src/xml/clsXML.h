@@ -111,8 +111,6 @@ class clsXML : public Object {
   Text XMLcompress(const std::optional<Text>& xvXML = std::nullopt);
 
   const ErrorState& last_error() const { return errors_; }
-  // The length of the text built so far (0 once destroyed).
-  size_t built_length() const { return buffer_ ? static_cast<size_t>(buffer_->get_Length()) : 0; }
 
  private:
   struct SearchMemory {
