@@ -1,7 +1,6 @@
 #include "vexqom/ICatItem.h"
 
 #include <functional>
-#include <iterator>
 
 #include "frame/class_info.h"
 #include "frame/diagnostics.h"
@@ -29,23 +28,6 @@ Ref<ICatPrice> price_at(ICatPriceCol& prices, const Text& location) {
   Ref<ICatPrice> price = prices.get_Item(Variant(location));
   if (!price) throw Error(errc::kObjectNotSet);  // a member added as an empty reference
   return price;
-}
-
-// Whether a location's quantity is left out of the total: its upper case is part of the
-// list (so are fragments such as "LOC", and the empty text).
-bool not_ordered(TextView location) {
-  char16_t upper[16];
-  if (location.size() <= std::size(upper)) {
-    size_t i = 0;
-    for (; i < location.size() && location[i] < 0x80; ++i) {
-      const char16_t c = location[i];
-      upper[i] = c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - 32) : c;
-    }
-    if (i == location.size()) {
-      return kNotOrderedLocations.find(TextView(upper, i)) != TextView::npos;
-    }
-  }
-  return kNotOrderedLocations.find(upper_case(location)) != TextView::npos;
 }
 
 // Amounts are compared and returned through their text form, like quantities.
@@ -212,7 +194,7 @@ Variant ICatItem::get_QuantityToOrder(const Text& xsLocation) {
     for (size_t i = 0; i < members->size(); ++i) {
       line = 4;
       const ICatPrice& price = price_of(members->at(i));
-      if (not_ordered(price.Location_)) continue;
+      if (kNotOrderedLocations.find(upper_case(price.Location_)) != TextView::npos) continue;
       line = 5;
       total += number_via_text(price.QuantityToOrder_);
       counted = true;
