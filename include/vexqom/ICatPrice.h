@@ -71,6 +71,7 @@ class VEXQOM_API ICatPrice : public Object {
   friend class ICatPriceCol;
   friend class ICatItem;  // sums quantities and checks locations without copying them
   std::string xml_bytes();
+  void write_xml(std::string& target);  // the same bytes, at the end of a parent's text
   void put_XML_bytes(std::string_view xml);
   template <class Xml>
   void load_xml(const Xml& xml);  // Text or code-page bytes

@@ -45,6 +45,7 @@ class VEXQOM_API ICatPriceCol : public Object {
   // handed on without widening it to Text and narrowing it again (the same bytes).
   friend class ICatItem;
   std::string xml_bytes();
+  void write_xml(std::string& target);  // the same bytes, at the end of a parent's text
   void put_XML_bytes(std::string_view xml);
   template <class Xml>
   void load_xml(const Xml& xml);  // Text or code-page bytes

@@ -46,7 +46,7 @@ namespace {
 
 // A member of the list as an item; an empty member cannot be read (91).
 ICatItem& item_of(const Variant& member) {
-  ICatItem* item = member.is_object() ? dynamic_cast<ICatItem*>(member.object().get()) : nullptr;
+  ICatItem* item = object_as<ICatItem>(member);
   if (item == nullptr) throw Error(errc::kObjectNotSet);
   return *item;
 }

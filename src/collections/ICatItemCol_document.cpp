@@ -15,15 +15,19 @@ Text ICatItemCol::get_XML() {
     const auto& state = diag::thread_state();
     const CollectionForm form{u"Items", state.XMLCompress, state.XMLZeroSuppress, &XDocVersion_,
                               true, &Vehicle_};
-    return observed_document("item-document", write_collection_xml(
-        form, members,
-        [](const Variant& member) {
-          ICatItem* item =
-              member.is_object() ? dynamic_cast<ICatItem*>(member.object().get()) : nullptr;
-          if (item == nullptr) throw Error(errc::kObjectNotSet);
-          return item->xml_bytes();
-        },
-        line));
+    // Each item is written into one reused buffer and widened from there.
+    std::string item_bytes;
+    item_bytes.reserve(1000);
+    const auto write_item = [&item_bytes](const Variant& member, Text& out) {
+      ICatItem* item = object_as<ICatItem>(member);
+      if (item == nullptr) throw Error(errc::kObjectNotSet);
+      item_bytes.clear();
+      item->write_xml(item_bytes);
+      append_member_xml(out, item_bytes);
+    };
+    Text xml;
+    append_collection(xml, form, members, write_item, line);
+    return observed_document("item-document", std::move(xml));
   });
 }
 

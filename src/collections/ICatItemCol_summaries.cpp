@@ -10,7 +10,7 @@ namespace vexqom {
 namespace {
 
 ICatItem& member_item(const Variant& member) {
-  ICatItem* item = member.is_object() ? dynamic_cast<ICatItem*>(member.object().get()) : nullptr;
+  ICatItem* item = object_as<ICatItem>(member);
   if (item == nullptr) throw Error(errc::kObjectNotSet);
   return *item;
 }

@@ -12,7 +12,7 @@ namespace {
 
 // AddObject refuses empty references, so every member is an entry.
 Text entry_xml(const Variant& member) {
-  auto* entry = member.is_object() ? dynamic_cast<ICatList*>(member.object().get()) : nullptr;
+  auto* entry = object_as<ICatList>(member);
   if (entry == nullptr) throw Error(errc::kObjectNotSet);
   return entry->get_XML();
 }

@@ -12,7 +12,7 @@ namespace {
 
 // AddObject refuses empty references, so every member is a preset.
 Text preset_xml(const Variant& member) {
-  auto* preset = member.is_object() ? dynamic_cast<ICatPreset*>(member.object().get()) : nullptr;
+  auto* preset = object_as<ICatPreset>(member);
   if (preset == nullptr) throw Error(errc::kObjectNotSet);
   return preset->get_XML();
 }

@@ -16,7 +16,7 @@ namespace {
 // any object reference that is not a price.
 ICatPrice& member_price(const Variant& member) {
   if (!member.is_object() || !member.object()) throw Error(errc::kObjectNotSet);
-  auto* price = dynamic_cast<ICatPrice*>(member.object().get());
+  auto* price = object_cast<ICatPrice>(member.object().get());
   if (price == nullptr) throw Error(errc::kTypeMismatch);
   return *price;
 }
@@ -64,7 +64,13 @@ Collection& ICatPriceCol::require_members() const {
 Text ICatPriceCol::get_XML() { return from_code_page(xml_bytes()); }
 
 std::string ICatPriceCol::xml_bytes() {
-  return run_procedure(errors_, u"ICatPriceCol | Get XML", Trace::Yes, [&](int& line) {
+  std::string xml;
+  write_xml(xml);
+  return xml;
+}
+
+void ICatPriceCol::write_xml(std::string& target) {
+  run_procedure(errors_, u"ICatPriceCol | Get XML", Trace::Yes, [&](int& line) {
     line = 1;
     const Collection& members = require_members();
     const diag::ThreadState& switches = diag::thread_state();
@@ -72,11 +78,12 @@ std::string ICatPriceCol::xml_bytes() {
     form.root = u"Prices";
     form.compress = switches.XMLCompress;
     form.zero_suppress = switches.XMLZeroSuppress;
-    const auto price_xml = [](const Variant& member) {
-      return member_price(member).xml_bytes();
+    const auto write_price = [](const Variant& member, std::string& out) {
+      member_price(member).write_xml(out);
     };
-    return observed_bytes("price-collection",
-                          write_collection_bytes(form, members, price_xml, line));
+    const size_t from = target.size();
+    append_collection(target, form, members, write_price, line);
+    observe_bytes_from("price-collection", target, from);
   });
 }
 

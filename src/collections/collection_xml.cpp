@@ -1,6 +1,5 @@
 #include "collections/collection_xml.h"
 
-
 #include "vexqom/error.h"
 #include "vexqom/variant.h"
 #include "xml/first_values.h"
@@ -8,10 +7,11 @@
 
 namespace vexqom {
 
-CollectionFrame compose_collection_frame(const CollectionForm& form, int32_t count,
-                                         const Text* members_not_markup, int& line) {
-  line = 3;
-  SnippetWriter out(form.compress, form.zero_suppress, 64);  // the elements around members
+namespace {
+
+// The root's start tag, the version (items only) and "Count".
+void write_collection_start(SnippetWriter& out, const CollectionForm& form, int32_t count,
+                            int& line) {
   line = 4;
   out.open(form.root);
   if (form.version != nullptr) {
@@ -20,28 +20,48 @@ CollectionFrame compose_collection_frame(const CollectionForm& form, int32_t cou
   }
   line = 6;
   out.add(u"Count", integer_text(count));
+}
+
+void write_vehicle(std::string& out, const CollectionForm& form, int& line) {
+  if (!form.with_vehicle) return;
+  line = 8;
+  if (form.vehicle == nullptr || !*form.vehicle) throw Error(errc::kObjectNotSet);
+  append_code_page(out, (*form.vehicle)->get_XML());
+}
+
+}  // namespace
+
+std::string collection_head(const CollectionForm& form, int32_t count, int& line) {
+  line = 3;
+  SnippetWriter out(form.compress, form.zero_suppress, 64);
+  write_collection_start(out, form, count, line);
   line = 7;
-  CollectionFrame frame;
-  if (members_not_markup == nullptr) {
-    out.add_xml("<Collection>");
-    frame.head = out.take_text();
-    out.add_xml("</Collection>");
-  } else {
-    out.add(u"Collection", *members_not_markup);
-  }
-  if (form.with_vehicle) {
-    line = 8;
-    if (form.vehicle == nullptr || !*form.vehicle) throw Error(errc::kObjectNotSet);
-    out.add_xml(to_code_page((*form.vehicle)->get_XML()));
-  }
+  out.add_xml("<Collection>");
+  return out.take_text();  // the root stays open: collection_tail ends it
+}
+
+std::string collection_tail(const CollectionForm& form, int& line) {
+  std::string tail = "</Collection>";
+  write_vehicle(tail, form, line);
   line = 9;
-  out.close();
-  if (members_not_markup == nullptr) {
-    frame.tail = std::move(out).finish();
-  } else {
-    frame.head = std::move(out).finish();
+  if (*form.root != u'\0') {
+    tail += "</";
+    append_code_page(tail, form.root);
+    tail += '>';
   }
-  return frame;
+  return tail;
+}
+
+std::string collection_around_text(const CollectionForm& form, int32_t count,
+                                   const Text& members, int& line) {
+  line = 3;
+  SnippetWriter out(form.compress, form.zero_suppress, 64);
+  write_collection_start(out, form, count, line);
+  line = 7;
+  out.add(u"Collection", members);
+  write_vehicle(out.text(), form, line);
+  line = 9;
+  return std::move(out).finish();
 }
 
 int16_t read_member_count(clsXML& engine) {

@@ -26,9 +26,14 @@ struct CollectionForm {
   const Ref<ICatVehicle>* vehicle = nullptr;
 };
 
-// Writes the collection as code-page bytes, or as Text; member_xml gives each member's
-// own XML, as Text or as code-page bytes. `line` follows the writer's steps so that a
-// failure reports where it happened (a missing vehicle: 91).
+// Appends the collection's document at the end of out (code-page bytes or Text);
+// append_member(member, out) appends one member's own XML. `line` follows the writer's
+// steps so that a failure reports where it happened (a missing vehicle: 91).
+template <class Out, class AppendMember>
+void append_collection(Out& out, const CollectionForm& form, const Collection& members,
+                       AppendMember&& append_member, int& line);
+// The document as a text of its own; member_xml gives each member's XML, as Text or as
+// code-page bytes.
 template <class MemberXml>
 std::string write_collection_bytes(const CollectionForm& form, const Collection& members,
                                    MemberXml&& member_xml, int& line);
@@ -45,6 +50,15 @@ int16_t read_member_count(clsXML& engine);
 // The same for code-page bytes read without an engine.
 int16_t read_member_count(std::string_view text);
 
+// The elements before the members ("<Collection>" included), and those after them
+// ("</Collection>" on), as code-page bytes.
+std::string collection_head(const CollectionForm& form, int32_t count, int& line);
+std::string collection_tail(const CollectionForm& form, int& line);
+// The whole document of members that are not markup, written inside "Collection" by the
+// engine's rules (escaped; left out when empty).
+std::string collection_around_text(const CollectionForm& form, int32_t count,
+                                   const Text& members, int& line);
+
 // ---- implementation ----
 
 // Room for n members like the first, a quarter more, and the surrounding elements; at
@@ -56,87 +70,86 @@ inline size_t estimated_members_room(size_t first, size_t n) {
   return std::min(wanted, first + kMostExtra);
 }
 
-inline void append_member_xml(std::string& joined, const Text& xml) {
-  append_code_page(joined, xml);
+inline void append_member_xml(std::string& out, const Text& xml) { append_code_page(out, xml); }
+inline void append_member_xml(std::string& out, std::string_view xml) { out += xml; }
+inline void append_member_xml(Text& out, std::string_view xml) {
+  const size_t at = out.size();
+  out.resize(at + xml.size());
+  decode_code_page(xml, out.data() + at);
 }
-inline void append_member_xml(std::string& joined, const std::string& xml) { joined += xml; }
-inline void append_member_xml(Text& joined, const std::string& xml) {
-  const size_t at = joined.size();
-  joined.resize(at + xml.size());
-  decode_code_page(xml, joined.data() + at);
-}
-inline void append_member_xml(Text& joined, const Text& xml) { joined += xml; }
+inline void append_member_xml(Text& out, const Text& xml) { out += xml; }
 
-// The members' XML, one after the other. Room for all of them is usually taken once, so a
-// large selection is neither joined again nor grown by doubling.
-template <class Joined, class MemberXml>
-Joined joined_members_xml(const Collection& members, MemberXml&& member_xml) {
-  Joined joined;
+// Markup (never escaped, never a number, never empty) goes between head and tail as it is.
+template <class Out>
+bool is_markup_from(const Out& out, size_t from) {
+  return out.size() > from && out[from] == '<' && out.back() == '>';
+}
+
+inline Text members_as_text(const std::string& out, size_t from) {
+  return from_code_page(std::string_view(out).substr(from));
+}
+inline Text members_as_text(const Text& out, size_t from) { return out.substr(from); }
+
+// The members, one after the other. Room for all of them is usually taken once, after
+// the first, so a large selection is neither copied again nor grown by doubling.
+template <class Out, class AppendMember>
+void append_members(Out& out, const Collection& members, AppendMember& append_member) {
+  const size_t from = out.size();
   for (size_t i = 0; i < members.size(); ++i) {
-    const auto xml = member_xml(members.at(i));
-    if (i == 0) {
-      joined.reserve(estimated_members_room(xml.size(), members.size()));
-      prefer_large_pages(joined.data(), joined.capacity() * sizeof(joined[0]));
+    append_member(members.at(i), out);
+    if (i == 0 && members.size() > 1) {
+      const size_t wanted = out.size() + estimated_members_room(out.size() - from,
+                                                                members.size() - 1);
+      if (wanted > out.capacity()) {
+        out.reserve(wanted);
+        prefer_large_pages(out.data(), out.capacity() * sizeof(out[0]));
+      }
     }
-    append_member_xml(joined, xml);
-  }
-  return joined;
-}
-
-// The document around the members. Members that are markup (never escaped, never a
-// number, never empty) go between head and tail as they are; others are written inside
-// head by the engine's rules, and tail stays empty.
-struct CollectionFrame {
-  std::string head;
-  std::string tail;
-};
-CollectionFrame compose_collection_frame(const CollectionForm& form, int32_t count,
-                                         const Text* members_not_markup, int& line);
-
-template <class Joined>
-bool is_markup_text(const Joined& text) {
-  return !text.empty() && text.front() == '<' && text.back() == '>';
-}
-
-inline Text as_text(const std::string& bytes) { return from_code_page(bytes); }
-inline const Text& as_text(const Text& text) { return text; }
-template <class Joined>
-Joined from_bytes(std::string&& bytes) {
-  if constexpr (std::is_same_v<Joined, Text>) {
-    return from_code_page(bytes);
-  } else {
-    return std::move(bytes);
   }
 }
 
-// The members joined as Joined (code-page bytes or Text), the elements around them added
-// in the room taken beside them.
-template <class Joined, class MemberXml>
-Joined write_collection(const CollectionForm& form, const Collection& members,
-                        MemberXml&& member_xml, int& line) {
-  line = 2;
-  Joined joined = joined_members_xml<Joined>(members, member_xml);
+template <class Out, class AppendMember>
+void append_collection(Out& out, const CollectionForm& form, const Collection& members,
+                       AppendMember&& append_member, int& line) {
+  const size_t start = out.size();
   const auto count = static_cast<int32_t>(members.size());
-  if (!is_markup_text(joined)) {
-    const Text& members_text = as_text(joined);
-    return from_bytes<Joined>(compose_collection_frame(form, count, &members_text, line).head);
+  // The head depends on the count alone, so it is written first and the members follow
+  // it in place; should they turn out not to be markup, the document is written again.
+  if (count > 0) append_member_xml(out, collection_head(form, count, line));
+  const size_t from = out.size();
+  line = 2;
+  append_members(out, members, append_member);
+  if (is_markup_from(out, from)) {
+    append_member_xml(out, collection_tail(form, line));
+    return;
   }
-  CollectionFrame frame = compose_collection_frame(form, count, nullptr, line);
-  joined.insert(0, from_bytes<Joined>(std::move(frame.head)));
-  joined += from_bytes<Joined>(std::move(frame.tail));
-  return joined;
+  const Text members_text = members_as_text(out, from);
+  out.resize(start);
+  append_member_xml(out, collection_around_text(form, count, members_text, line));
+}
+
+// Adapts a writer of each member's XML to one that appends it.
+template <class MemberXml>
+auto appending(MemberXml& member_xml) {
+  return [&member_xml](const Variant& member, auto& out) {
+    append_member_xml(out, member_xml(member));
+  };
 }
 
 template <class MemberXml>
 std::string write_collection_bytes(const CollectionForm& form, const Collection& members,
                                    MemberXml&& member_xml, int& line) {
-  return write_collection<std::string>(form, members, member_xml, line);
+  std::string out;
+  append_collection(out, form, members, appending(member_xml), line);
+  return out;
 }
 
 template <class MemberXml>
 Text write_collection_xml(const CollectionForm& form, const Collection& members,
                           MemberXml&& member_xml, int& line) {
-  return write_collection<Text>(form, members, member_xml, line);
+  Text out;
+  append_collection(out, form, members, appending(member_xml), line);
+  return out;
 }
 
 }  // namespace vexqom

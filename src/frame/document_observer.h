@@ -40,4 +40,13 @@ inline std::string observed_bytes(const char* form, std::string xml) {
   return xml;
 }
 
+// The same for a document written at the end of a parent's text, from `from` on.
+inline void observe_bytes_from(const char* form, const std::string& text, size_t from) {
+  if (const DocumentObserver observer =
+          detail::g_document_observer.load(std::memory_order_acquire)) {
+    detail::notify_document_observer(observer, form,
+                                     from_code_page(std::string_view(text).substr(from)));
+  }
+}
+
 }  // namespace vexqom

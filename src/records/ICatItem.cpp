@@ -18,7 +18,7 @@ constexpr TextView kOrderStatuses = u"ORDER|URGENT|BACK ORDER";
 
 ICatPrice& price_of(const Variant& member) {
   if (!member.is_object() || !member.object()) throw Error(errc::kObjectNotSet);
-  auto* price = dynamic_cast<ICatPrice*>(member.object().get());
+  auto* price = object_cast<ICatPrice>(member.object().get());
   if (price == nullptr) throw Error(errc::kTypeMismatch);
   return *price;
 }

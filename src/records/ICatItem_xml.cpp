@@ -40,11 +40,19 @@ const ElementNames& item_elements() {
 Text ICatItem::get_XML() { return from_code_page(xml_bytes()); }
 
 std::string ICatItem::xml_bytes() {
-  return run_procedure(errors_, u"ICatItem | Get XML", Trace::No, [&](int& line) {
+  std::string xml;
+  xml.reserve(1000);  // prices too; 1 KB and more would make the allocator tidy up first
+  write_xml(xml);
+  return xml;
+}
+
+void ICatItem::write_xml(std::string& target) {
+  run_procedure(errors_, u"ICatItem | Get XML", Trace::No, [&](int& line) {
     line = 1;
     const diag::ThreadState& switches = diag::thread_state();
     line = 2;
-    SnippetWriter out(switches.XMLCompress, switches.XMLZeroSuppress, 1000);  // prices too
+    const size_t from = target.size();
+    SnippetWriter out(target, switches.XMLCompress, switches.XMLZeroSuppress);
     line = 3;
     out.open(u"Item");
     line = 4;
@@ -70,8 +78,8 @@ std::string ICatItem::xml_bytes() {
     out.add(u"MediaTagID", MediaTagID_);
     out.add(u"QuantityPerCar", QuantityPerCar_);
     line = 7;
-    // Appended whatever it holds, so "Prices" is always there.
-    out.add_xml(prices().xml_bytes());
+    // Appended whatever it holds, so "Prices" is always there; written in place.
+    prices().write_xml(out.text());
     line = 8;
     out.add(u"LaborOperation", LaborOperation_);
     out.add(u"LaborSkill", LaborSkill_);
@@ -95,7 +103,7 @@ std::string ICatItem::xml_bytes() {
     line = 9;
     out.close();
     line = 10;
-    return observed_bytes("item", std::move(out).finish());
+    observe_bytes_from("item", target, from);
   });
 }
 

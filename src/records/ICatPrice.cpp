@@ -123,11 +123,19 @@ void ICatPrice::clear_fields() {
 Text ICatPrice::get_XML() { return from_code_page(xml_bytes()); }
 
 std::string ICatPrice::xml_bytes() {
-  return run_procedure(errors_, u"ICatPrice | Get XML", Trace::No, [&](int& line) {
+  std::string xml;
+  xml.reserve(512);  // enough for the usual price
+  write_xml(xml);
+  return xml;
+}
+
+void ICatPrice::write_xml(std::string& target) {
+  run_procedure(errors_, u"ICatPrice | Get XML", Trace::No, [&](int& line) {
     line = 1;
     const diag::ThreadState& switches = diag::thread_state();
     line = 2;
-    SnippetWriter out(switches.XMLCompress, switches.XMLZeroSuppress);
+    const size_t from = target.size();
+    SnippetWriter out(target, switches.XMLCompress, switches.XMLZeroSuppress);
     line = 3;
     out.open(u"Price");
     line = 4;
@@ -155,7 +163,7 @@ std::string ICatPrice::xml_bytes() {
     line = 8;
     out.close();
     line = 9;
-    return observed_bytes("price", std::move(out).finish());
+    observe_bytes_from("price", target, from);
   });
 }
 

@@ -18,19 +18,22 @@ void append_element(std::string& out, const ElementBytes& element) {
 
 SnippetWriter::SnippetWriter(bool compress, bool zero_suppress, size_t room)
     : compress_(compress || zero_suppress), zero_suppress_(zero_suppress) {
-  out_.reserve(room);
+  own_.reserve(room);
 }
+
+SnippetWriter::SnippetWriter(std::string& target, bool compress, bool zero_suppress)
+    : out_(&target), compress_(compress || zero_suppress), zero_suppress_(zero_suppress) {}
 
 void SnippetWriter::open(TextView name) {
   if (name.empty()) return;
   if (depth_ == kDepth) throw std::length_error("SnippetWriter: groups nested too deep");
   groups_[depth_++] = name;
-  append_element(out_, ElementBytes{name, TextView(), true, true});
+  append_element(*out_, ElementBytes{name, TextView(), true, true});
 }
 
 void SnippetWriter::add(TextView name, TextView value) {
   if (name.empty() || value_left_out(value, compress_, zero_suppress_)) return;
-  append_element(out_, ElementBytes{name, value, !is_markup(value), false});
+  append_element(*out_, ElementBytes{name, value, !is_markup(value), false});
 }
 
 void SnippetWriter::add(TextView name, Currency amount) {
@@ -38,25 +41,29 @@ void SnippetWriter::add(TextView name, Currency amount) {
   add(name, TextView(amount.to_text()));
 }
 
-void SnippetWriter::add_xml(std::string_view bytes) { out_ += bytes; }
+void SnippetWriter::add_xml(std::string_view bytes) { *out_ += bytes; }
 
 std::string SnippetWriter::take_text() {
-  std::string text = std::move(out_);
-  out_.clear();
+  std::string text = std::move(*out_);
+  out_->clear();
   return text;
 }
 
 void SnippetWriter::close() {
   if (depth_ == 0) return;
   const TextView name = groups_[--depth_];
-  out_ += "</";
-  append_code_page(out_, name);
-  out_ += '>';
+  *out_ += "</";
+  append_code_page(*out_, name);
+  *out_ += '>';
+}
+
+void SnippetWriter::end() {
+  while (depth_ > 0) close();
 }
 
 std::string SnippetWriter::finish() && {
-  while (depth_ > 0) close();
-  return std::move(out_);
+  end();
+  return std::move(*out_);
 }
 
 }  // namespace vexqom

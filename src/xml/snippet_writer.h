@@ -9,6 +9,9 @@
 //   out.open(u"Price");
 //   out.add(u"Location", Location_);
 //   return std::move(out).finish();
+//
+// A record nested in a parent's document writes at the end of the parent's text instead
+// (SnippetWriter(parent_text, ...)), so its bytes are never copied from a text of its own.
 #pragma once
 
 #include <array>
@@ -25,6 +28,10 @@ class SnippetWriter {
   // ZeroSuppress turns Compress on, as the engine's switch does. room: the bytes taken at
   // once, enough for the usual text.
   SnippetWriter(bool compress, bool zero_suppress, size_t room = 512);
+  // Writes at the end of target, which must outlive the writer; end() closes the groups.
+  SnippetWriter(std::string& target, bool compress, bool zero_suppress);
+  SnippetWriter(const SnippetWriter&) = delete;
+  SnippetWriter& operator=(const SnippetWriter&) = delete;
 
   // Add(name, "", true): a group's start tag. The name must stay valid until the group
   // is closed (records and collections pass literals); groups nest at most kDepth deep.
@@ -48,11 +55,15 @@ class SnippetWriter {
   // open). Lets a caller put a large part between two pieces instead of copying it in.
   std::string take_text();
   void close();                             // EndGroup: nothing when no group is open
-  std::string finish() &&;                  // the text, open groups closed
+  void end();                               // every open group closed
+  std::string finish() &&;                  // the text, open groups closed (own text only)
+  // The text written so far: the writer's own, or the target it writes into.
+  std::string& text() { return *out_; }
 
  private:
   static constexpr size_t kDepth = 8;
-  std::string out_;
+  std::string own_;
+  std::string* out_ = &own_;
   std::array<TextView, kDepth> groups_;  // the names of the open groups
   size_t depth_ = 0;
   bool compress_;

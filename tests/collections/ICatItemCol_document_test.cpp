@@ -207,6 +207,36 @@ TEST_F(ItemColDocument, CountDecidesHowManyItemsAndDuplicatesDropQuietly) {
             0u);
 }
 
+// Items and their prices are written into the document's own text; one that fails part
+// way leaves nothing of itself behind, and each writer on the way up logs its failure.
+TEST_F(ItemColDocument, AMemberFailingPartWayFailsTheWholeDocument) {
+  auto col = create<ICatItemCol>();
+  for (const char16_t* number : {u"1", u"2", u"3"}) {
+    auto item = part(u"ACD", number, 2, 1.5, u"Plug");
+    col->Add(item, item->UniqueKey());
+  }
+  const Text before = col->get_XML();
+  Variant second(int32_t{2});
+  const Ref<ICatItem> broken = col->get_Item(second);
+  const Ref<ICatPriceCol> prices = broken->get_PriceCol();
+  broken->putref_PriceCol(Ref<ICatPriceCol>());
+  try {
+    col->get_XML();
+    ADD_FAILURE() << "no error";
+  } catch (const Error& e) {
+    EXPECT_EQ(e.number(), 91);
+  }
+  const auto lines = logs_.error_lines();
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_EQ(testing::log_message(lines[0]).rfind("ICatItem | Get XML, Error # 91 at line: 7", 0),
+            0u) << lines[0];
+  EXPECT_EQ(testing::log_message(lines[1]).rfind("ICatItemCol | Get XML, Error # 91 at line: 2", 0),
+            0u) << lines[1];
+
+  broken->putref_PriceCol(prices);
+  EXPECT_EQ(col->get_XML(), before);
+}
+
 TEST_F(ItemColDocument, AnyTextLoadsAndAMissingVehicleFailsTheWriter) {
   auto col = create<ICatItemCol>();
   col->put_XML(u"this is not XML at all");
