@@ -31,25 +31,25 @@ void write_vehicle(std::string& out, const CollectionForm& form, int& line) {
 
 }  // namespace
 
-std::string collection_head(const CollectionForm& form, int32_t count, int& line) {
+void append_collection_head(std::string& out, const CollectionForm& form, int32_t count,
+                            int& line) {
   line = 3;
-  SnippetWriter out(form.compress, form.zero_suppress, 64);
-  write_collection_start(out, form, count, line);
+  SnippetWriter head(out, form.compress, form.zero_suppress);
+  write_collection_start(head, form, count, line);
   line = 7;
-  out.add_xml("<Collection>");
-  return out.take_text();  // the root stays open: collection_tail ends it
+  head.add_xml("<Collection>");
+  // The root stays open: append_collection_tail ends it.
 }
 
-std::string collection_tail(const CollectionForm& form, int& line) {
-  std::string tail = "</Collection>";
-  write_vehicle(tail, form, line);
+void append_collection_tail(std::string& out, const CollectionForm& form, int& line) {
+  out += "</Collection>";
+  write_vehicle(out, form, line);
   line = 9;
   if (*form.root != u'\0') {
-    tail += "</";
-    append_code_page(tail, form.root);
-    tail += '>';
+    out += "</";
+    append_code_page(out, form.root);
+    out += '>';
   }
-  return tail;
 }
 
 std::string collection_around_text(const CollectionForm& form, int32_t count,

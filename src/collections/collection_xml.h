@@ -50,10 +50,11 @@ int16_t read_member_count(clsXML& engine);
 // The same for code-page bytes read without an engine.
 int16_t read_member_count(std::string_view text);
 
-// The elements before the members ("<Collection>" included), and those after them
+// Appends the elements before the members ("<Collection>" included), or those after them
 // ("</Collection>" on), as code-page bytes.
-std::string collection_head(const CollectionForm& form, int32_t count, int& line);
-std::string collection_tail(const CollectionForm& form, int& line);
+void append_collection_head(std::string& out, const CollectionForm& form, int32_t count,
+                            int& line);
+void append_collection_tail(std::string& out, const CollectionForm& form, int& line);
 // The whole document of members that are not markup, written inside "Collection" by the
 // engine's rules (escaped; left out when empty).
 std::string collection_around_text(const CollectionForm& form, int32_t count,
@@ -83,6 +84,18 @@ inline void append_member_xml(Text& out, const Text& xml) { out += xml; }
 template <class Out>
 bool is_markup_from(const Out& out, size_t from) {
   return out.size() > from && out[from] == '<' && out.back() == '>';
+}
+
+// The head or tail appended to a text: in place for bytes, widened from bytes for Text.
+template <class Append>
+void append_frame_part(std::string& out, Append&& append) {
+  append(out);
+}
+template <class Append>
+void append_frame_part(Text& out, Append&& append) {
+  std::string bytes;
+  append(bytes);
+  append_member_xml(out, bytes);
 }
 
 inline Text members_as_text(const std::string& out, size_t from) {
@@ -115,12 +128,16 @@ void append_collection(Out& out, const CollectionForm& form, const Collection& m
   const auto count = static_cast<int32_t>(members.size());
   // The head depends on the count alone, so it is written first and the members follow
   // it in place; should they turn out not to be markup, the document is written again.
-  if (count > 0) append_member_xml(out, collection_head(form, count, line));
+  if (count > 0) {
+    append_frame_part(out, [&](std::string& bytes) {
+      append_collection_head(bytes, form, count, line);
+    });
+  }
   const size_t from = out.size();
   line = 2;
   append_members(out, members, append_member);
   if (is_markup_from(out, from)) {
-    append_member_xml(out, collection_tail(form, line));
+    append_frame_part(out, [&](std::string& bytes) { append_collection_tail(bytes, form, line); });
     return;
   }
   const Text members_text = members_as_text(out, from);

@@ -43,12 +43,6 @@ void SnippetWriter::add(TextView name, Currency amount) {
 
 void SnippetWriter::add_xml(std::string_view bytes) { *out_ += bytes; }
 
-std::string SnippetWriter::take_text() {
-  std::string text = std::move(*out_);
-  out_->clear();
-  return text;
-}
-
 void SnippetWriter::close() {
   if (depth_ == 0) return;
   const TextView name = groups_[--depth_];

@@ -51,9 +51,6 @@ class SnippetWriter {
     add(TextView(name, N - 1), amount);
   }
   void add_xml(std::string_view bytes);     // AddXML of code-page bytes
-  // The text written so far, handed out; the writing goes on after it (open groups stay
-  // open). Lets a caller put a large part between two pieces instead of copying it in.
-  std::string take_text();
   void close();                             // EndGroup: nothing when no group is open
   void end();                               // every open group closed
   std::string finish() &&;                  // the text, open groups closed (own text only)
