@@ -10,6 +10,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "vexqom/Enumerator.h"
@@ -48,7 +49,7 @@ class VEXQOM_API Collection : public Object {
   // that knows how many members its document holds.
   void reserve(size_t count);
   // The member at 0-based position i.
-  const Variant& at(size_t i) const { return slots_[slot_at(i)]->value; }
+  const Variant& at(size_t i) const { return slots_[slot_at(i)].entry->value; }
   size_t size() const { return live_; }
   // The member under key (compared without regard to case), or null; never raises.
   const Variant* find(const Variant& index) const;
@@ -61,7 +62,37 @@ class VEXQOM_API Collection : public Object {
     Variant value;
     Text folded_key;  // empty when the member has no key
     bool has_key = false;
-    size_t slot = 0;  // index in slots_
+    size_t slot = 0;              // index in slots_
+    Entry* next_free = nullptr;   // while unused: the next unused entry
+  };
+
+  // Entries never move, so the key index can point at them: the first few sit inside the
+  // collection itself (a part's prices need no allocation of their own), the others in
+  // blocks of growing size. A removed member's entry is taken again by a later one.
+  class EntryStore {
+   public:
+    EntryStore() = default;
+    EntryStore(const EntryStore&) = delete;
+    EntryStore& operator=(const EntryStore&) = delete;
+    Entry* take();                            // bad_alloc leaves the store as it was
+    void give_back(Entry* entry) noexcept;    // releases the entry's member and key
+    void reserve(size_t count);               // room for count more, in one block
+
+   private:
+    void add_block(size_t count);
+    static constexpr size_t kInline = 4;
+    std::array<Entry, kInline> inline_;
+    std::vector<std::unique_ptr<Entry[]>> blocks_;
+    Entry* next_ = inline_.data();  // never taken yet: next_ up to end_
+    Entry* end_ = inline_.data() + kInline;
+    Entry* free_ = nullptr;  // given back, to be taken again
+  };
+
+  // A slot holds the entry there (null: a removed member's slot) and the Fenwick tree's
+  // count of filled slots in the range that ends at it, both in one array.
+  struct Slot {
+    Entry* entry = nullptr;
+    uint32_t filled = 0;
   };
 
   // Members sit in slots in insertion order. A removal leaves an empty slot instead of
@@ -75,7 +106,7 @@ class VEXQOM_API Collection : public Object {
   size_t slot_at_slow(size_t position) const;
   size_t slot_of(const Variant& index) const;  // errors 5, 9, 13
   size_t filled_up_to(size_t count) const;     // filled slots among the first count
-  void append(std::unique_ptr<Entry> entry);
+  void append(Variant member, Text folded_key, bool has_key);
   void drop_last();  // undoes append() when indexing the key fails
   void erase_slot(size_t slot);
   void compact();
@@ -91,8 +122,8 @@ class VEXQOM_API Collection : public Object {
   bool claim_key(Entry* entry);
   void forget_key(const Entry& e);
 
-  std::vector<std::unique_ptr<Entry>> slots_;  // null: a removed member's slot
-  std::vector<uint32_t> filled_tree_;          // Fenwick tree over slots_, 1-based
+  EntryStore entries_;
+  std::vector<Slot> slots_;
   size_t live_ = 0;
   std::array<Entry*, kScannedKeys> few_keys_{};  // the keyed entries, until indexed_
   size_t few_count_ = 0;
@@ -104,11 +135,12 @@ template <class Pred>
 size_t Collection::remove_if(Pred&& pred) {
   const size_t before = live_;
   try {
-    for (auto& entry : slots_) {
-      if (entry && pred(entry->value)) {
-        forget_key(*entry);
-        entry.reset();
+    for (Slot& slot : slots_) {
+      if (slot.entry && pred(slot.entry->value)) {
+        Entry* gone = std::exchange(slot.entry, nullptr);
+        forget_key(*gone);
         --live_;
+        entries_.give_back(gone);
       }
     }
   } catch (...) {

@@ -39,7 +39,44 @@ const ClassInfo& Collection::static_class_info() {
 }
 
 Collection::Collection() = default;
-Collection::~Collection() = default;
+
+Collection::~Collection() {
+  // Members are let go in their order, as hosts see them go.
+  for (Slot& slot : slots_) {
+    if (slot.entry) slot.entry->value = Variant();
+  }
+}
+
+// ---- entries ----
+
+Collection::Entry* Collection::EntryStore::take() {
+  if (free_ != nullptr) return std::exchange(free_, free_->next_free);
+  if (next_ == end_) {
+    constexpr size_t kLargestBlock = 1024;
+    add_block(blocks_.empty() ? 2 * kInline : std::min(2 * (end_ - blocks_.back().get()),
+                                                       static_cast<std::ptrdiff_t>(kLargestBlock)));
+  }
+  return next_++;
+}
+
+void Collection::EntryStore::give_back(Entry* entry) noexcept {
+  const Variant gone = std::move(entry->value);  // released last: its end may run any code
+  entry->value = Variant();
+  entry->folded_key.clear();
+  entry->has_key = false;
+  entry->next_free = std::exchange(free_, entry);
+}
+
+void Collection::EntryStore::reserve(size_t count) {
+  if (count > static_cast<size_t>(end_ - next_)) add_block(count);
+}
+
+void Collection::EntryStore::add_block(size_t count) {
+  auto block = std::make_unique<Entry[]>(count);
+  blocks_.push_back(std::move(block));  // the rest of the current block goes unused
+  next_ = blocks_.back().get();
+  end_ = next_ + count;
+}
 
 void Collection::Add(const Variant& Item, const Variant& Key) {
   if (Key.is_empty()) {
@@ -48,26 +85,20 @@ void Collection::Add(const Variant& Item, const Variant& Key) {
   }
   if (!Key.is_text()) throw Error(errc::kTypeMismatch);
   // Unlike add(), an empty Text here is a key like any other.
-  auto entry = std::make_unique<Entry>();
-  entry->value = Item;
-  entry->folded_key = fold_case(Key.text());
-  entry->has_key = true;
-  append(std::move(entry));
+  append(Item, fold_case(Key.text()), true);
 }
 
 void Collection::add(Variant member, const Text& key) {
-  auto entry = std::make_unique<Entry>();
-  entry->value = std::move(member);
-  if (!key.empty()) {
-    entry->folded_key = fold_case(key);
-    entry->has_key = true;
+  if (key.empty()) {
+    append(std::move(member), Text(), false);
+  } else {
+    append(std::move(member), fold_case(key), true);
   }
-  append(std::move(entry));
 }
 
 void Collection::reserve(size_t count) {
   slots_.reserve(slots_.size() + count);
-  filled_tree_.reserve(filled_tree_.size() + count);
+  entries_.reserve(count);
   if (few_count_ + count > kScannedKeys) {
     start_index();
     by_key_->reserve(by_key_->size() + count);
@@ -81,7 +112,7 @@ Variant Collection::Item(const Variant& Index) const {
     if (found == nullptr) throw Error(errc::kInvalidProcedureCall);
     return found->value;
   }
-  return slots_[slot_of(Index)]->value;
+  return slots_[slot_of(Index)].entry->value;
 }
 
 const Variant* Collection::find(const Variant& index) const {
@@ -95,8 +126,8 @@ void Collection::Remove(const Variant& Index) { erase_slot(slot_of(Index)); }
 Ref<Enumerator> Collection::NewEnum() const {
   std::vector<Variant> members;
   members.reserve(live_);
-  for (const auto& e : slots_) {
-    if (e) members.push_back(e->value);
+  for (const Slot& slot : slots_) {
+    if (slot.entry) members.push_back(slot.entry->value);
   }
   return create<Enumerator>(std::move(members));
 }
@@ -124,7 +155,7 @@ size_t Collection::slot_of(const Variant& index) const {
 
 size_t Collection::filled_up_to(size_t count) const {
   size_t sum = 0;
-  for (size_t k = count; k > 0; k &= k - 1) sum += filled_tree_[k - 1];
+  for (size_t k = count; k > 0; k &= k - 1) sum += slots_[k - 1].filled;
   return sum;
 }
 
@@ -135,43 +166,39 @@ size_t Collection::slot_at_slow(size_t position) const {
   size_t step = 1;
   while (step * 2 <= slots_.size()) step *= 2;
   for (; step > 0; step /= 2) {
-    if (k + step <= slots_.size() && filled_tree_[k + step - 1] < left) {
+    if (k + step <= slots_.size() && slots_[k + step - 1].filled < left) {
       k += step;
-      left -= filled_tree_[k - 1];
+      left -= slots_[k - 1].filled;
     }
   }
   return k;  // the slot after the k slots that hold fewer than position + 1 members
 }
 
-// The entry goes after the last member; a key already present is refused (457) and the
+// The member goes after the last one; a key already present is refused (457) and the
 // collection stays as it was.
-void Collection::append(std::unique_ptr<Entry> entry) {
-  Entry* raw = entry.get();
-  const bool claimed = raw->has_key && claim_key(raw);
-  const size_t k = slots_.size() + 1;  // the new slot's 1-based index
-  const size_t low = k & (~k + 1);
-  // The node covers slots k-low+1 .. k: all filled unless a removal left holes there.
-  const size_t covered =
-      live_ == slots_.size() ? low : 1 + filled_up_to(k - 1) - filled_up_to(k - low);
-  raw->slot = slots_.size();
+void Collection::append(Variant member, Text folded_key, bool has_key) {
+  Entry* raw = entries_.take();
+  raw->value = std::move(member);
+  raw->folded_key = std::move(folded_key);
+  raw->has_key = has_key;
+  bool claimed = false;
   try {
-    if (slots_.empty()) {  // one allocation for a small collection's members
-      slots_.reserve(4);
-      filled_tree_.reserve(4);
-    }
-    filled_tree_.push_back(static_cast<uint32_t>(covered));
-    try {
-      slots_.push_back(std::move(entry));
-    } catch (...) {
-      filled_tree_.pop_back();
-      throw;
-    }
+    claimed = has_key && claim_key(raw);
+    const size_t k = slots_.size() + 1;  // the new slot's 1-based index
+    const size_t low = k & (~k + 1);
+    // The node covers slots k-low+1 .. k: all filled unless a removal left holes there.
+    const size_t covered =
+        live_ == slots_.size() ? low : 1 + filled_up_to(k - 1) - filled_up_to(k - low);
+    raw->slot = slots_.size();
+    if (slots_.empty()) slots_.reserve(4);  // one allocation for a small collection
+    slots_.push_back(Slot{raw, static_cast<uint32_t>(covered)});
   } catch (...) {
     if (claimed) by_key_->erase(raw);
+    entries_.give_back(raw);
     throw;
   }
   ++live_;
-  if (!raw->has_key || claimed) return;
+  if (!has_key || claimed) return;
   try {
     index_key(raw);
   } catch (...) {
@@ -182,32 +209,33 @@ void Collection::append(std::unique_ptr<Entry> entry) {
 
 void Collection::drop_last() {
   // No earlier node of the tree covers the last slot, so dropping it is exact.
+  Entry* gone = slots_.back().entry;
   slots_.pop_back();
-  filled_tree_.pop_back();
   --live_;
+  entries_.give_back(gone);
 }
 
 void Collection::erase_slot(size_t slot) {
   // The member is released only after the collection is consistent again, since its
   // destructor may run arbitrary code.
-  std::unique_ptr<Entry> gone = std::move(slots_[slot]);
+  Entry* gone = std::exchange(slots_[slot].entry, nullptr);
   forget_key(*gone);
   --live_;
-  for (size_t k = slot + 1; k <= filled_tree_.size(); k += k & (~k + 1)) --filled_tree_[k - 1];
+  for (size_t k = slot + 1; k <= slots_.size(); k += k & (~k + 1)) --slots_[k - 1].filled;
   if (slots_.size() >= 64 && live_ * 2 < slots_.size()) compact();
+  entries_.give_back(gone);
 }
 
 void Collection::compact() {
   size_t kept = 0;
   for (size_t i = 0; i < slots_.size(); ++i) {
-    if (!slots_[i]) continue;
-    slots_[i]->slot = kept;
-    if (kept != i) slots_[kept] = std::move(slots_[i]);
+    if (!slots_[i].entry) continue;
+    slots_[i].entry->slot = kept;
+    slots_[kept].entry = slots_[i].entry;
     ++kept;
   }
   slots_.resize(kept);
-  filled_tree_.resize(kept);
-  for (size_t k = 1; k <= kept; ++k) filled_tree_[k - 1] = static_cast<uint32_t>(k & (~k + 1));
+  for (size_t k = 1; k <= kept; ++k) slots_[k - 1].filled = static_cast<uint32_t>(k & (~k + 1));
   live_ = kept;
 }
 
