@@ -1,5 +1,6 @@
 #include "vexqom/ICatItemCol.h"
 
+#include "collections/members.h"
 #include "frame/class_info.h"
 #include "frame/diagnostics.h"
 #include "frame/procedure.h"
@@ -43,13 +44,6 @@ const ClassInfo& ICatItemCol::static_class_info() {
 }
 
 namespace {
-
-// A member of the list as an item; an empty member cannot be read (91).
-ICatItem& item_of(const Variant& member) {
-  ICatItem* item = object_as<ICatItem>(member);
-  if (item == nullptr) throw Error(errc::kObjectNotSet);
-  return *item;
-}
 
 // Quantities and prices arrive as Variants of any kind; Add and Remove read them through
 // their text form, so that "4 boxes" counts 4 and an empty value 0.
@@ -183,7 +177,7 @@ void ICatItemCol::Remove(Variant& vntIndexKey) {
     Variant member;
     if (!find_member(vntIndexKey, &member)) return;
     line = 3;
-    ICatItem& item = item_of(member);
+    ICatItem& item = member_record<ICatItem>(member);
     line = 4;
     total_cost_ -= extended_cost(item);
     if (total_cost_ < Currency()) total_cost_ = Currency();
@@ -218,7 +212,7 @@ Currency ICatItemCol::ItemsSelectedCount() {
     const Collection& members = require_members();
     for (size_t i = 0; i < members.size(); ++i) {
       line = 3;
-      ICatItem& item = item_of(members.at(i));
+      ICatItem& item = member_record<ICatItem>(members.at(i));
       if (item.FlaggedToOrder()) {
         line = 4;
         sum = add_to_sum(sum, item.get_QuantityToOrder());
@@ -236,7 +230,7 @@ Currency ICatItemCol::ItemsSelectedCost() {
     const Collection& members = require_members();
     for (size_t i = 0; i < members.size(); ++i) {
       line = 3;
-      ICatItem& item = item_of(members.at(i));
+      ICatItem& item = member_record<ICatItem>(members.at(i));
       if (item.FlaggedToOrder()) {
         line = 4;
         // Both operands are read before either is judged, as in a product of Variants.

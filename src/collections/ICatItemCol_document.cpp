@@ -1,5 +1,6 @@
 // The item document: the whole selection as one "Items" element.
 #include "collections/collection_xml.h"
+#include "collections/members.h"
 #include "frame/diagnostics.h"
 #include "frame/document_observer.h"
 #include "frame/procedure.h"
@@ -19,10 +20,8 @@ Text ICatItemCol::get_XML() {
     std::string item_bytes;
     item_bytes.reserve(1000);
     const auto write_item = [&item_bytes](const Variant& member, Text& out) {
-      ICatItem* item = object_as<ICatItem>(member);
-      if (item == nullptr) throw Error(errc::kObjectNotSet);
       item_bytes.clear();
-      item->write_xml(item_bytes);
+      member_record<ICatItem>(member).write_xml(item_bytes);
       append_member_xml(out, item_bytes);
     };
     Text xml;

@@ -1,6 +1,7 @@
 // Summaries of a selection: the writer switches, status pruning, descriptions, groups.
 #include <optional>
 
+#include "collections/members.h"
 #include "frame/diagnostics.h"
 #include "frame/procedure.h"
 #include "vexqom/ICatItemCol.h"
@@ -9,15 +10,9 @@ namespace vexqom {
 
 namespace {
 
-ICatItem& member_item(const Variant& member) {
-  ICatItem* item = object_as<ICatItem>(member);
-  if (item == nullptr) throw Error(errc::kObjectNotSet);
-  return *item;
-}
-
 // A status of blanks only counts as none; a null status is never "none".
 bool without_status(const Variant& member) {
-  const Variant status = member_item(member).get_ItemStatus();
+  const Variant status = member_record<ICatItem>(member).get_ItemStatus();
   if (status.is_null()) return false;
   return trim_blanks(to_text(status)).empty();
 }
@@ -74,7 +69,7 @@ Ref<Collection> ICatItemCol::GetDescriptions() {
       // Suppressed: a description already present (457) or an unreadable member is
       // skipped; the first letter case seen stays.
       ignore_errors([&] {
-        const Text description = member_item(members.at(i)).get_Description();
+        const Text description = member_record<ICatItem>(members.at(i)).get_Description();
         descriptions->Add(Variant(description), Variant(upper_case(description)));
       });
     }
@@ -94,7 +89,7 @@ int16_t ICatItemCol::GetItemGroup(const Text& xsDescription) {
     const Text wanted = upper_case(xsDescription);
     for (size_t i = 0; i < members.size(); ++i) {
       line = 4;
-      ICatItem& item = member_item(members.at(i));
+      ICatItem& item = member_record<ICatItem>(members.at(i));
       if (upper_case(item.get_Description()) == wanted) {
         line = 5;
         group = item.get_ItemGroup();

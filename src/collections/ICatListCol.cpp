@@ -1,6 +1,7 @@
 #include "vexqom/ICatListCol.h"
 
 #include "collections/collection_xml.h"
+#include "collections/members.h"
 #include "frame/class_info.h"
 #include "frame/procedure.h"
 #include "vexqom/variant.h"
@@ -12,9 +13,7 @@ namespace {
 
 // AddObject refuses empty references, so every member is an entry.
 Text entry_xml(const Variant& member) {
-  auto* entry = object_as<ICatList>(member);
-  if (entry == nullptr) throw Error(errc::kObjectNotSet);
-  return entry->get_XML();
+  return member_record<ICatList>(member).get_XML();
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "vexqom/ICatPresetCol.h"
 
 #include "collections/collection_xml.h"
+#include "collections/members.h"
 #include "frame/class_info.h"
 #include "frame/document_observer.h"
 #include "frame/procedure.h"
@@ -12,9 +13,7 @@ namespace {
 
 // AddObject refuses empty references, so every member is a preset.
 Text preset_xml(const Variant& member) {
-  auto* preset = object_as<ICatPreset>(member);
-  if (preset == nullptr) throw Error(errc::kObjectNotSet);
-  return preset->get_XML();
+  return member_record<ICatPreset>(member).get_XML();
 }
 
 }  // namespace

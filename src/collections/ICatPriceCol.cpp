@@ -1,6 +1,7 @@
 #include "vexqom/ICatPriceCol.h"
 
 #include "collections/collection_xml.h"
+#include "collections/members.h"
 #include "frame/class_info.h"
 #include "frame/diagnostics.h"
 #include "frame/document_observer.h"
@@ -9,19 +10,6 @@
 #include "xml/clsXML.h"
 
 namespace vexqom {
-
-namespace {
-
-// The member as a price. An empty member or a foreign object cannot be written, as with
-// any object reference that is not a price.
-ICatPrice& member_price(const Variant& member) {
-  if (!member.is_object() || !member.object()) throw Error(errc::kObjectNotSet);
-  auto* price = object_cast<ICatPrice>(member.object().get());
-  if (price == nullptr) throw Error(errc::kTypeMismatch);
-  return *price;
-}
-
-}  // namespace
 
 const ClassInfo& ICatPriceCol::static_class_info() {
   using C = ICatPriceCol;
@@ -79,7 +67,7 @@ void ICatPriceCol::write_xml(std::string& target) {
     form.compress = switches.XMLCompress;
     form.zero_suppress = switches.XMLZeroSuppress;
     const auto write_price = [](const Variant& member, std::string& out) {
-      member_price(member).write_xml(out);
+      member_record_strict<ICatPrice>(member).write_xml(out);
     };
     const size_t from = target.size();
     append_collection(target, form, members, write_price, line);

@@ -2,6 +2,7 @@
 
 #include <functional>
 
+#include "collections/members.h"
 #include "frame/class_info.h"
 #include "frame/diagnostics.h"
 #include "frame/procedure.h"
@@ -15,13 +16,6 @@ namespace {
 constexpr TextView kNotOrderedLocations = u"INVOICE|LOCAL";
 // Statuses that flag a part for ordering; fragments such as BACK match as well.
 constexpr TextView kOrderStatuses = u"ORDER|URGENT|BACK ORDER";
-
-ICatPrice& price_of(const Variant& member) {
-  if (!member.is_object() || !member.object()) throw Error(errc::kObjectNotSet);
-  auto* price = object_cast<ICatPrice>(member.object().get());
-  if (price == nullptr) throw Error(errc::kTypeMismatch);
-  return *price;
-}
 
 // The record of a location; the collection creates it when missing.
 Ref<ICatPrice> price_at(ICatPriceCol& prices, const Text& location) {
@@ -193,7 +187,7 @@ Variant ICatItem::get_QuantityToOrder(const Text& xsLocation) {
     double total = 0;
     for (size_t i = 0; i < members->size(); ++i) {
       line = 4;
-      const ICatPrice& price = price_of(members->at(i));
+      const ICatPrice& price = member_record_strict<ICatPrice>(members->at(i));
       if (kNotOrderedLocations.find(upper_case(price.Location_)) != TextView::npos) continue;
       line = 5;
       total += number_via_text(price.QuantityToOrder_);
