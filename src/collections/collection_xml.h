@@ -6,8 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <string>
-#include <type_traits>
-#include <vector>
+#include <string_view>
 
 #include "frame/large_pages.h"
 #include "vexqom/Collection.h"

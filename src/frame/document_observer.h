@@ -30,17 +30,8 @@ inline Text observed_document(const char* form, Text xml) {
   return xml;
 }
 
-// The same for a document written as code-page bytes (records nested in a parent's
-// document); the observer sees it as Text.
-inline std::string observed_bytes(const char* form, std::string xml) {
-  if (const DocumentObserver observer =
-          detail::g_document_observer.load(std::memory_order_acquire)) {
-    detail::notify_document_observer(observer, form, from_code_page(xml));
-  }
-  return xml;
-}
-
-// The same for a document written at the end of a parent's text, from `from` on.
+// The same for a document written as code-page bytes at the end of a parent's text, from
+// `from` on; the observer sees it as Text.
 inline void observe_bytes_from(const char* form, const std::string& text, size_t from) {
   if (const DocumentObserver observer =
           detail::g_document_observer.load(std::memory_order_acquire)) {
