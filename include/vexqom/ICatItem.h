@@ -2,6 +2,7 @@
 // its prices per location, and the quantities and amounts derived from them.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "vexqom/ICatPriceCol.h"
@@ -135,11 +136,13 @@ class VEXQOM_API ICatItem : public Object {
   const ErrorState& last_error() const { return errors_; }
 
  private:
-  // The XML form as code-page bytes, for the ICatItemCol that holds it: a parent's text is
-  // handed on without widening it to Text and narrowing it again (the same bytes).
+  // The XML form as code-page bytes, written at the end of the text of the ICatItemCol that
+  // holds it: never widened to Text and narrowed again (the same bytes).
   friend class ICatItemCol;
-  std::string xml_bytes();
-  void write_xml(std::string& target);  // the same bytes, at the end of a parent's text
+  void write_xml(std::string& target);
+  // Room for the usual item with its prices; 1 KB and more would make the allocator tidy
+  // up first.
+  static constexpr size_t kXmlRoom = 1000;
   void put_XML_bytes(std::string_view xml);
   template <class Xml>
   void load_xml(const Xml& xml);  // Text or code-page bytes

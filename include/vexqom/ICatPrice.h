@@ -66,12 +66,11 @@ class VEXQOM_API ICatPrice : public Object {
   const ErrorState& last_error() const { return errors_; }
 
  private:
-  // The XML form as code-page bytes, for the ICatPriceCol that holds it: a parent's text is
-  // handed on without widening it to Text and narrowing it again (the same bytes).
+  // The XML form as code-page bytes, written at the end of the text of the ICatPriceCol
+  // that holds it, and read from it: never widened to Text and narrowed again.
   friend class ICatPriceCol;
   friend class ICatItem;  // sums quantities and checks locations without copying them
-  std::string xml_bytes();
-  void write_xml(std::string& target);  // the same bytes, at the end of a parent's text
+  void write_xml(std::string& target);
   void put_XML_bytes(std::string_view xml);
   template <class Xml>
   void load_xml(const Xml& xml);  // Text or code-page bytes

@@ -18,7 +18,7 @@ Text ICatItemCol::get_XML() {
                               true, &Vehicle_};
     // Each item is written into one reused buffer and widened from there.
     std::string item_bytes;
-    item_bytes.reserve(1000);
+    item_bytes.reserve(ICatItem::kXmlRoom);
     const auto write_item = [&item_bytes](const Variant& member, Text& out) {
       item_bytes.clear();
       member_record<ICatItem>(member).write_xml(item_bytes);

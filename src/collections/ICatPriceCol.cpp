@@ -8,6 +8,7 @@
 #include "frame/procedure.h"
 #include "xml/block_sequence.h"
 #include "xml/clsXML.h"
+#include "xml/snippet_writer.h"
 
 namespace vexqom {
 
@@ -49,12 +50,8 @@ Collection& ICatPriceCol::require_members() const {
   return *members_;
 }
 
-Text ICatPriceCol::get_XML() { return from_code_page(xml_bytes()); }
-
-std::string ICatPriceCol::xml_bytes() {
-  std::string xml;
-  write_xml(xml);
-  return xml;
+Text ICatPriceCol::get_XML() {
+  return written_text(kCollectionXmlRoom, [&](std::string& xml) { write_xml(xml); });
 }
 
 void ICatPriceCol::write_xml(std::string& target) {

@@ -37,13 +37,8 @@ const ElementNames& item_elements() {
 
 }  // namespace
 
-Text ICatItem::get_XML() { return from_code_page(xml_bytes()); }
-
-std::string ICatItem::xml_bytes() {
-  std::string xml;
-  xml.reserve(1000);  // prices too; 1 KB and more would make the allocator tidy up first
-  write_xml(xml);
-  return xml;
+Text ICatItem::get_XML() {
+  return written_text(kXmlRoom, [&](std::string& xml) { write_xml(xml); });
 }
 
 void ICatItem::write_xml(std::string& target) {

@@ -120,13 +120,8 @@ void ICatPrice::clear_fields() {
   Margin_ = Currency();
 }
 
-Text ICatPrice::get_XML() { return from_code_page(xml_bytes()); }
-
-std::string ICatPrice::xml_bytes() {
-  std::string xml;
-  xml.reserve(512);  // enough for the usual price
-  write_xml(xml);
-  return xml;
+Text ICatPrice::get_XML() {
+  return written_text(512, [&](std::string& xml) { write_xml(xml); });  // the usual price
 }
 
 void ICatPrice::write_xml(std::string& target) {

@@ -67,4 +67,14 @@ class SnippetWriter {
   bool zero_suppress_;
 };
 
+// The XML a writer of code-page bytes appends (write(std::string&)), as Text of its own:
+// a record's or collection's get_XML. room: the bytes taken at once.
+template <class Write>
+Text written_text(size_t room, Write&& write) {
+  std::string bytes;
+  bytes.reserve(room);
+  write(bytes);
+  return from_code_page(bytes);
+}
+
 }  // namespace vexqom
