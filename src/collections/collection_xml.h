@@ -31,11 +31,7 @@ struct CollectionForm {
 template <class Out, class AppendMember>
 void append_collection(Out& out, const CollectionForm& form, const Collection& members,
                        AppendMember&& append_member, int& line);
-// The document as a text of its own; member_xml gives each member's XML, as Text or as
-// code-page bytes.
-template <class MemberXml>
-std::string write_collection_bytes(const CollectionForm& form, const Collection& members,
-                                   MemberXml&& member_xml, int& line);
+// The document as Text of its own; member_xml gives each member's XML as Text.
 template <class MemberXml>
 Text write_collection_xml(const CollectionForm& form, const Collection& members,
                           MemberXml&& member_xml, int& line);
@@ -150,14 +146,6 @@ auto appending(MemberXml& member_xml) {
   return [&member_xml](const Variant& member, auto& out) {
     append_member_xml(out, member_xml(member));
   };
-}
-
-template <class MemberXml>
-std::string write_collection_bytes(const CollectionForm& form, const Collection& members,
-                                   MemberXml&& member_xml, int& line) {
-  std::string out;
-  append_collection(out, form, members, appending(member_xml), line);
-  return out;
 }
 
 template <class MemberXml>
