@@ -7,7 +7,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
-#include <typeinfo>
 #include <utility>
 
 namespace vexqom {
@@ -92,14 +91,6 @@ class Ref {
 template <class T, class... Args>
 Ref<T> create(Args&&... args) {
   return Ref<T>(new T(std::forward<Args>(args)...));
-}
-
-// The object as a T, or null when it is of another class. An object of class T itself, the
-// usual case, is recognised without the search of a dynamic_cast.
-template <class T>
-T* object_cast(Object* p) noexcept {
-  if (p != nullptr && typeid(*p) == typeid(T)) return static_cast<T*>(p);
-  return dynamic_cast<T*>(p);
 }
 
 // Casts a reference to a derived class; empty when the object is of another class.

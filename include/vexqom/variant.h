@@ -113,11 +113,4 @@ VEXQOM_API Text coerce_to_text(const Variant& v);
 // (the readers' rule for quantities held as text); empty gives 0.
 VEXQOM_API double number_via_text(const Variant& v);
 
-// The object a Variant holds, as a T; null for anything else (no object, an empty
-// reference, an object of another class).
-template <class T>
-T* object_as(const Variant& v) noexcept {
-  return v.is_object() ? object_cast<T>(v.object().get()) : nullptr;
-}
-
 }  // namespace vexqom
