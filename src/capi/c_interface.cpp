@@ -6,6 +6,7 @@
 
 #include "capi/c_values.h"
 #include "frame/class_info.h"
+#include "frame/invoke_changes.h"
 #include "vexqom/Enumerator.h"
 #include "vexqom.h"
 #include "vexqom/dispatch.h"
@@ -108,10 +109,10 @@ int32_t vq_invoke(vq_object* obj, int32_t dispid, int32_t flags, vq_value* args,
     std::vector<Variant> values;
     values.reserve(nargs);
     for (size_t i = 0; i < nargs; ++i) values.push_back(to_variant(args[i]));
-    const std::vector<Variant> before = values;
-    Variant answer = invoke(object, dispid, flags, values);
+    std::vector<char> changed;
+    Variant answer = invoke_reporting_changes(object, dispid, flags, values, changed);
     for (size_t i = 0; i < nargs; ++i) {
-      if (!(values[i] == before[i])) write_back(values[i], &args[i]);
+      if (changed[i]) write_back(values[i], &args[i]);
     }
     if (result != nullptr) fill_value(answer, result);
   });

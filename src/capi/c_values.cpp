@@ -1,10 +1,11 @@
 #include "capi/c_values.h"
 
 #include <cstdlib>
-#include <cstring>
 #include <limits>
 #include <new>
 
+#include "frame/large_pages.h"
+#include "frame/utf8.h"
 #include "vexqom/error.h"
 
 namespace vexqom::capi {
@@ -62,14 +63,15 @@ void fill_value(const Variant& variant, vq_value* out) {
       out->i = variant.boolean() ? -1 : 0;
       break;
     case VarType::kText: {
-      std::string utf8 = to_utf8(variant.text());
-      char* copy = static_cast<char*>(std::malloc(utf8.size() + 1));
-      if (copy == nullptr) throw std::bad_alloc();
-      std::memcpy(copy, utf8.data(), utf8.size());
-      copy[utf8.size()] = '\0';
+      const TextView text = variant.text();
+      const size_t size = utf8_size(text);
+      char* utf8 = static_cast<char*>(std::malloc(size + 1));
+      if (utf8 == nullptr) throw std::bad_alloc();
+      prefer_large_pages(utf8, size + 1);
+      write_utf8(text, utf8)[0] = '\0';
       out->kind = VQ_TEXT;
-      out->text = copy;
-      out->text_len = utf8.size();
+      out->text = utf8;
+      out->text_len = size;
       break;
     }
     case VarType::kObject: {

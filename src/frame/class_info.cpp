@@ -85,7 +85,8 @@ const ClassInfo& private_class_info(const char* name) {
 
 namespace detail {
 
-AccessorSpec make_accessor(Access kind, std::vector<TypeRef> types, TypeRef result,
+AccessorSpec make_accessor(Access kind, std::vector<TypeRef> types,
+                           std::vector<bool> read_only, TypeRef result,
                            std::initializer_list<ParamName> names, Invoker invoke) {
   AccessorSpec spec;
   spec.kind = kind;
@@ -100,7 +101,8 @@ AccessorSpec make_accessor(Access kind, std::vector<TypeRef> types, TypeRef resu
   for (const ParamName& n : names) {
     ParamSpec p;
     p.name = n.name;
-    p.type = types[i++];
+    p.type = types[i];
+    p.read_only = read_only[i++];
     p.by_ref = n.is_by_ref;
     p.optional = n.is_optional;
     p.default_value = n.default_value;

@@ -54,6 +54,9 @@ struct ParamSpec {
   TypeRef type;
   bool by_ref = false;
   bool optional = false;
+  // The C++ member takes it by value or by const reference: it cannot change the
+  // argument, so the caller's own value may be lent to it instead of copied.
+  bool read_only = true;
   Variant default_value;  // for optional parameters
 };
 
@@ -244,7 +247,17 @@ std::vector<TypeRef> arg_types(std::index_sequence<I...>) {
   return {type_of<std::tuple_element_t<I, Args>>()...};
 }
 
-AccessorSpec make_accessor(Access kind, std::vector<TypeRef> types, TypeRef result,
+template <class A>
+constexpr bool reads_only() {
+  return !std::is_lvalue_reference_v<A> || std::is_const_v<std::remove_reference_t<A>>;
+}
+template <class Args, size_t... I>
+std::vector<bool> args_read_only(std::index_sequence<I...>) {
+  return {reads_only<std::tuple_element_t<I, Args>>()...};
+}
+
+AccessorSpec make_accessor(Access kind, std::vector<TypeRef> types,
+                           std::vector<bool> read_only, TypeRef result,
                            std::initializer_list<ParamName> names, Invoker invoke);
 
 }  // namespace detail
@@ -254,9 +267,11 @@ AccessorSpec make_accessor(Access kind, std::vector<TypeRef> types, TypeRef resu
 template <auto Method>
 AccessorSpec accessor(Access kind, std::initializer_list<ParamName> names = {}) {
   using Tr = detail::method_traits<decltype(Method)>;
-  return detail::make_accessor(
-      kind, detail::arg_types<typename Tr::Args>(std::make_index_sequence<Tr::arity>{}),
-      detail::type_of<typename Tr::Result>(), names, &detail::invoke_thunk<Method>);
+  using Indexes = std::make_index_sequence<Tr::arity>;
+  return detail::make_accessor(kind, detail::arg_types<typename Tr::Args>(Indexes{}),
+                               detail::args_read_only<typename Tr::Args>(Indexes{}),
+                               detail::type_of<typename Tr::Result>(), names,
+                               &detail::invoke_thunk<Method>);
 }
 template <auto Method>
 AccessorSpec get(std::initializer_list<ParamName> names = {}) {

@@ -2,6 +2,7 @@
 #include "vexqom/dispatch.h"
 
 #include "frame/class_info.h"
+#include "frame/invoke_changes.h"
 
 namespace vexqom {
 
@@ -77,31 +78,100 @@ int32_t get_ids_of_names(const Object& object, std::string_view member_name) {
   return member->dispid;
 }
 
-Variant invoke(Object& object, int32_t dispid, int32_t flags, std::span<Variant> args) {
+namespace {
+
+// Whether the caller's argument already has the parameter's type, so that it can go to
+// the member as it is.
+bool fits_as_is(const Variant& argument, const TypeRef& type) {
+  return type.vt == VarType::kVariant ||
+         (type.vt != VarType::kObject && argument.type() == type.vt);
+}
+
+// The arguments as the member receives them. One the member cannot change and that
+// already fits is lent: moved in from the caller, and moved back however the call ends,
+// so a document of megabytes is never copied on its way to the member.
+class PassedArguments {
+ public:
+  PassedArguments(const AccessorSpec& accessor, std::span<Variant> args)
+      : params_(accessor.params), args_(args) {
+    std::vector<const Variant*> bound = bind_arguments(accessor, args, source_index_);
+    passed_.reserve(bound.size());
+    lent_.assign(bound.size(), false);
+    try {
+      for (size_t i = 0; i < bound.size(); ++i) pass(i, *bound[i]);
+      // Only a by-reference argument is written back, and only when it changed.
+      before_.resize(passed_.size());
+      for (size_t i = 0; i < passed_.size(); ++i) {
+        if (params_[i].by_ref) before_[i] = passed_[i];
+      }
+    } catch (...) {
+      give_back_lent();  // an argument that cannot be coerced leaves the others as they were
+      throw;
+    }
+  }
+  PassedArguments(const PassedArguments&) = delete;
+  PassedArguments& operator=(const PassedArguments&) = delete;
+  ~PassedArguments() { give_back_lent(); }
+
+  Variant* data() { return passed_.data(); }
+
+  // After a call that returned: the changed by-reference arguments go back to the caller.
+  void write_back(std::vector<char>& changed) {
+    changed.assign(args_.size(), 0);
+    for (size_t i = 0; i < passed_.size(); ++i) {
+      const int source = source_index_[i];
+      if (params_[i].by_ref && source >= 0 && !(passed_[i] == before_[i])) {
+        args_[static_cast<size_t>(source)] = passed_[i];
+        changed[static_cast<size_t>(source)] = 1;
+      }
+    }
+  }
+
+ private:
+  void pass(size_t i, const Variant& argument) {
+    const ParamSpec& param = params_[i];
+    if (source_index_[i] >= 0 && param.read_only && !param.by_ref &&
+        fits_as_is(argument, param.type)) {
+      passed_.push_back(std::move(args_[static_cast<size_t>(source_index_[i])]));
+      lent_[i] = true;
+    } else {
+      passed_.push_back(coerce(argument, param.type));
+    }
+  }
+
+  void give_back_lent() noexcept {
+    for (size_t i = 0; i < passed_.size(); ++i) {
+      if (lent_[i]) args_[static_cast<size_t>(source_index_[i])] = std::move(passed_[i]);
+    }
+  }
+
+  const std::vector<ParamSpec>& params_;
+  std::span<Variant> args_;
+  std::vector<int> source_index_;
+  std::vector<Variant> passed_;
+  std::vector<bool> lent_;
+  std::vector<Variant> before_;
+};
+
+}  // namespace
+
+Variant invoke_reporting_changes(Object& object, int32_t dispid, int32_t flags,
+                                 std::span<Variant> args, std::vector<char>& changed) {
   const MemberSpec* member = object.class_info().find(dispid);
   if (member == nullptr) throw Error(errc::kMemberNotFound);
   const AccessorSpec* accessor = choose_accessor(*member, flags);
   if (accessor == nullptr) throw Error(errc::kMemberNotFound);
 
-  std::vector<int> source_index;
-  std::vector<const Variant*> bound = bind_arguments(*accessor, args, source_index);
-  std::vector<Variant> coerced;
-  coerced.reserve(bound.size());
-  for (size_t i = 0; i < bound.size(); ++i) {
-    coerced.push_back(coerce(*bound[i], accessor->params[i].type));
-  }
-  const std::vector<Variant> before = coerced;
-
+  PassedArguments passed(*accessor, args);
   Ref<Object> keep_alive(&object);  // the member may drop the host's last reference
-  Variant result = accessor->invoke(object, coerced.data());
-
-  // Write back only what a by-reference member actually changed.
-  for (size_t i = 0; i < coerced.size(); ++i) {
-    if (accessor->params[i].by_ref && source_index[i] >= 0 && !(coerced[i] == before[i])) {
-      args[static_cast<size_t>(source_index[i])] = coerced[i];
-    }
-  }
+  Variant result = accessor->invoke(object, passed.data());
+  passed.write_back(changed);
   return result;
+}
+
+Variant invoke(Object& object, int32_t dispid, int32_t flags, std::span<Variant> args) {
+  std::vector<char> changed;
+  return invoke_reporting_changes(object, dispid, flags, args, changed);
 }
 
 }  // namespace vexqom

@@ -13,6 +13,8 @@
 #include <string_view>
 
 #include "frame/ascii_runs.h"
+#include "frame/large_pages.h"
+#include "frame/utf8.h"
 
 namespace vexqom {
 
@@ -24,24 +26,6 @@ bool is_ascii(TextView text) {
   for (char16_t c : text)
     if (c >= 0x80) return false;
   return true;
-}
-
-void append_utf8(std::string& out, char32_t cp) {
-  if (cp < 0x80) {
-    out += static_cast<char>(cp);
-  } else if (cp < 0x800) {
-    out += static_cast<char>(0xC0 | (cp >> 6));
-    out += static_cast<char>(0x80 | (cp & 0x3F));
-  } else if (cp < 0x10000) {
-    out += static_cast<char>(0xE0 | (cp >> 12));
-    out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (cp & 0x3F));
-  } else {
-    out += static_cast<char>(0xF0 | (cp >> 18));
-    out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-    out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (cp & 0x3F));
-  }
 }
 
 // The ICU case functions share one signature apart from the locale / options argument;
@@ -105,87 +89,157 @@ const CodePage& code_page() {
 
 }  // namespace
 
+namespace {
+
+// Decodes the sequence that starts with a non-ASCII byte at p[i] into dst; returns the
+// index after it and the units written. Each maximal ill-formed subpart becomes one
+// U+FFFD.
+std::size_t decode_utf8_sequence(const unsigned char* p, std::size_t n, std::size_t i,
+                                 char16_t* dst, std::size_t& written) {
+  const unsigned char b0 = p[i];
+  int need;
+  char32_t cp;
+  unsigned char lo = 0x80, hi = 0xBF;  // bounds of the second byte
+  if (b0 >= 0xC2 && b0 <= 0xDF) {
+    need = 1;
+    cp = b0 & 0x1F;
+  } else if (b0 >= 0xE0 && b0 <= 0xEF) {
+    need = 2;
+    cp = b0 & 0x0F;
+    if (b0 == 0xE0) lo = 0xA0;        // no overlong forms
+    else if (b0 == 0xED) hi = 0x9F;   // no surrogates
+  } else if (b0 >= 0xF0 && b0 <= 0xF4) {
+    need = 3;
+    cp = b0 & 0x07;
+    if (b0 == 0xF0) lo = 0x90;        // no overlong forms
+    else if (b0 == 0xF4) hi = 0x8F;   // nothing above U+10FFFF
+  } else {
+    dst[0] = kReplacement;
+    written = 1;
+    return i + 1;
+  }
+  std::size_t j = i + 1;
+  for (int k = 0; k < need; ++k, ++j) {
+    const unsigned char lo_k = k == 0 ? lo : 0x80;
+    const unsigned char hi_k = k == 0 ? hi : 0xBF;
+    if (j >= n || p[j] < lo_k || p[j] > hi_k) {
+      dst[0] = kReplacement;  // resume at the byte that broke the sequence
+      written = 1;
+      return j;
+    }
+    cp = (cp << 6) | (p[j] & 0x3F);
+  }
+  if (cp >= 0x10000) {
+    cp -= 0x10000;
+    dst[0] = static_cast<char16_t>(0xD800 + (cp >> 10));
+    dst[1] = static_cast<char16_t>(0xDC00 + (cp & 0x3FF));
+    written = 2;
+  } else {
+    dst[0] = static_cast<char16_t>(cp);
+    written = 1;
+  }
+  return j;
+}
+
+bool is_high_surrogate(char16_t c) { return c >= 0xD800 && c <= 0xDBFF; }
+bool is_low_surrogate(char16_t c) { return c >= 0xDC00 && c <= 0xDFFF; }
+
+// The code point starting at text[i] (a lone surrogate reads as U+FFFD) and its units.
+char32_t code_point_at(TextView text, std::size_t i, std::size_t& units) {
+  const char16_t c = text[i];
+  units = 1;
+  if (is_high_surrogate(c) && i + 1 < text.size() && is_low_surrogate(text[i + 1])) {
+    units = 2;
+    return 0x10000 + ((char32_t(c) - 0xD800) << 10) + (text[i + 1] - 0xDC00);
+  }
+  if (c >= 0xD800 && c <= 0xDFFF) return kReplacement;
+  return c;
+}
+
+std::size_t utf8_bytes_of(char32_t cp) {
+  return cp < 0x80 ? 1 : cp < 0x800 ? 2 : cp < 0x10000 ? 3 : 4;
+}
+
+char* put_utf8(char32_t cp, char* out) {
+  if (cp < 0x80) {
+    *out++ = static_cast<char>(cp);
+  } else if (cp < 0x800) {
+    *out++ = static_cast<char>(0xC0 | (cp >> 6));
+    *out++ = static_cast<char>(0x80 | (cp & 0x3F));
+  } else if (cp < 0x10000) {
+    *out++ = static_cast<char>(0xE0 | (cp >> 12));
+    *out++ = static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+    *out++ = static_cast<char>(0x80 | (cp & 0x3F));
+  } else {
+    *out++ = static_cast<char>(0xF0 | (cp >> 18));
+    *out++ = static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
+    *out++ = static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+    *out++ = static_cast<char>(0x80 | (cp & 0x3F));
+  }
+  return out;
+}
+
+}  // namespace
+
 Text from_utf8(std::string_view utf8) {
+  // Never more units than bytes: the text is sized once and cut to what was written.
   Text out;
   out.reserve(utf8.size());
+  prefer_large_pages(out.data(), out.capacity() * sizeof(char16_t));
+  out.resize(utf8.size());
   const auto* p = reinterpret_cast<const unsigned char*>(utf8.data());
   const std::size_t n = utf8.size();
   std::size_t i = 0;
+  std::size_t w = 0;
   while (i < n) {
-    const unsigned char b0 = p[i];
-    if (b0 < 0x80) {
-      out += static_cast<char16_t>(b0);
-      ++i;
-      continue;
-    }
-    // Each maximal ill-formed subpart becomes one U+FFFD.
-    int need;
-    char32_t cp;
-    unsigned char lo = 0x80, hi = 0xBF;  // bounds of the second byte
-    if (b0 >= 0xC2 && b0 <= 0xDF) {
-      need = 1;
-      cp = b0 & 0x1F;
-    } else if (b0 >= 0xE0 && b0 <= 0xEF) {
-      need = 2;
-      cp = b0 & 0x0F;
-      if (b0 == 0xE0) lo = 0xA0;        // no overlong forms
-      else if (b0 == 0xED) hi = 0x9F;   // no surrogates
-    } else if (b0 >= 0xF0 && b0 <= 0xF4) {
-      need = 3;
-      cp = b0 & 0x07;
-      if (b0 == 0xF0) lo = 0x90;        // no overlong forms
-      else if (b0 == 0xF4) hi = 0x8F;   // nothing above U+10FFFF
-    } else {
-      out += kReplacement;
-      ++i;
-      continue;
-    }
-    std::size_t j = i + 1;
-    bool ok = true;
-    for (int k = 0; k < need; ++k, ++j) {
-      const unsigned char lo_k = k == 0 ? lo : 0x80;
-      const unsigned char hi_k = k == 0 ? hi : 0xBF;
-      if (j >= n || p[j] < lo_k || p[j] > hi_k) {
-        ok = false;
-        break;
-      }
-      cp = (cp << 6) | (p[j] & 0x3F);
-    }
-    if (!ok) {
-      out += kReplacement;
-      i = j;  // resume at the byte that broke the sequence
-      continue;
-    }
-    if (cp >= 0x10000) {
-      cp -= 0x10000;
-      out += static_cast<char16_t>(0xD800 + (cp >> 10));
-      out += static_cast<char16_t>(0xDC00 + (cp & 0x3FF));
-    } else {
-      out += static_cast<char16_t>(cp);
-    }
-    i = j;
+    const std::size_t run = widen_ascii_run(utf8.data() + i, n - i, out.data() + w);
+    i += run;
+    w += run;
+    if (i == n) break;
+    std::size_t written = 0;
+    i = decode_utf8_sequence(p, n, i, out.data() + w, written);
+    w += written;
+  }
+  out.resize(w);
+  return out;
+}
+
+std::size_t utf8_size(TextView text) {
+  std::size_t bytes = 0;
+  std::size_t i = 0;
+  while (i < text.size()) {
+    const std::size_t run = ascii_run_length(text.data() + i, text.size() - i);
+    i += run;
+    bytes += run;
+    if (i == text.size()) break;
+    std::size_t units = 0;
+    bytes += utf8_bytes_of(code_point_at(text, i, units));
+    i += units;
+  }
+  return bytes;
+}
+
+char* write_utf8(TextView text, char* out) {
+  std::size_t i = 0;
+  while (i < text.size()) {
+    const std::size_t run = narrow_ascii_run(text.data() + i, text.size() - i, out);
+    i += run;
+    out += run;
+    if (i == text.size()) break;
+    std::size_t units = 0;
+    out = put_utf8(code_point_at(text, i, units), out);
+    i += units;
   }
   return out;
 }
 
 std::string to_utf8(TextView text) {
   std::string out;
-  out.reserve(text.size());
-  const std::size_t n = text.size();
-  for (std::size_t i = 0; i < n; ++i) {
-    const char16_t c = text[i];
-    if (c < 0x80) {
-      out += static_cast<char>(c);
-    } else if (c >= 0xD800 && c <= 0xDBFF && i + 1 < n && text[i + 1] >= 0xDC00 &&
-               text[i + 1] <= 0xDFFF) {
-      append_utf8(out, 0x10000 + ((char32_t(c) - 0xD800) << 10) + (text[i + 1] - 0xDC00));
-      ++i;
-    } else if (c >= 0xD800 && c <= 0xDFFF) {
-      append_utf8(out, kReplacement);  // unpaired surrogate
-    } else {
-      append_utf8(out, c);
-    }
-  }
+  const std::size_t size = utf8_size(text);
+  out.reserve(size);
+  prefer_large_pages(out.data(), out.capacity());
+  out.resize(size);
+  write_utf8(text, out.data());
   return out;
 }
 

@@ -205,6 +205,16 @@ static void calls(void) {
   CHECK(result.kind == VQ_DOUBLE && result.d == 3.0);
   vq_value_clear(&result);
 
+  /* Texts go in and come out as UTF-8, byte for byte; the caller's argument stays as it was. */
+  const char* plug = "Z\xC3\xBCndkerze \xE2\x82\xAC 4,10 \xF0\x9F\x94\xA7";
+  args[0] = text_value(plug);
+  CHECK(vq_invoke(item, dispid_of(item, "Description"), VQ_LET, args, 1, &result) == 0);
+  CHECK(args[0].kind == VQ_TEXT && args[0].text_len == strlen(plug) &&
+        strcmp(args[0].text, plug) == 0);
+  vq_value_clear(&args[0]);
+  result = get(item, "Description");
+  CHECK(text_is(&result, plug));
+
   /* Too many arguments, a let without its value, a required parameter left out. */
   args[0] = text_value("A");
   args[1] = text_value("B");

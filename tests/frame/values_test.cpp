@@ -57,6 +57,24 @@ TEST(ValuesText, Utf8RoundTripAndIllFormedInput) {
   EXPECT_EQ(to_utf8(u"x\xD800y"), "x\xEF\xBF\xBDy");  // unpaired surrogate
 }
 
+// ASCII is converted in runs of eight and sixteen units: a character that breaks a run
+// at any position must come out whole, with the ASCII on both sides of it.
+TEST(ValuesText, Utf8AroundTheAsciiRunsAtEveryPosition) {
+  for (size_t lead = 0; lead <= 40; ++lead) {
+    const std::string a(lead, 'a');
+    const Text wide_a(lead, u'a');
+    SCOPED_TRACE(lead);
+    EXPECT_EQ(from_utf8(a + "\xC3\xA9" + a), wide_a + u"\u00E9" + wide_a);
+    EXPECT_EQ(to_utf8(wide_a + u"\u00E9" + wide_a), a + "\xC3\xA9" + a);
+    EXPECT_EQ(to_utf8(wide_a + u"\U0001F600"), a + "\xF0\x9F\x98\x80");
+    EXPECT_EQ(to_utf8(wide_a + Text(1, char16_t{0xDC00}) + wide_a), a + "\xEF\xBF\xBD" + a)
+        << "a lone low surrogate";
+    EXPECT_EQ(from_utf8(a + "\xFF" + a), wide_a + u"\uFFFD" + wide_a);
+    EXPECT_EQ(from_utf8(a + "\xF0\x9F\x98"), wide_a + u"\uFFFD") << "cut short at the end";
+    EXPECT_EQ(from_utf8(a + "\x7F\x80"), wide_a + u"\u007F\uFFFD");
+  }
+}
+
 TEST(ValuesText, CaseMappingCaselessEqualityAndTrim) {
   EXPECT_EQ(upper_case(u"abc-Z9"), u"ABC-Z9");
   EXPECT_EQ(upper_case(u"stra\u00DFe"), u"STRASSE");
