@@ -3,12 +3,11 @@
 // Every subcommand reads FILE, or standard input for "-", as UTF-8 text. On failure the
 // library's composed error message goes to standard error and the status is 1; wrong
 // usage gives status 2.
+#include <sys/stat.h>
+
 #include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <iostream>
-#include <iterator>
-#include <sstream>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,15 +32,29 @@ struct Command {
 };
 
 
-std::string read_all(const std::string& path) {
-  if (path == "-") {
-    return std::string(std::istreambuf_iterator<char>(std::cin), {});
+// The whole stream, read into one string: a regular file in one piece of its own size,
+// anything else in blocks that grow geometrically.
+std::string read_stream(std::FILE* in) {
+  struct stat info {};
+  const bool regular = fstat(fileno(in), &info) == 0 && S_ISREG(info.st_mode);
+  std::string bytes;
+  // One byte beyond a regular file's size, so that its end shows as a short read.
+  bytes.resize(regular ? static_cast<size_t>(info.st_size) + 1 : size_t{1} << 16);
+  size_t used = 0;
+  for (;;) {
+    used += std::fread(bytes.data() + used, 1, bytes.size() - used, in);
+    if (used < bytes.size()) break;
+    bytes.resize(bytes.size() * 2);
   }
-  std::ifstream in(path, std::ios::binary);
+  bytes.resize(used);
+  return bytes;
+}
+
+std::string read_all(const std::string& path) {
+  if (path == "-") return read_stream(stdin);
+  std::unique_ptr<std::FILE, int (*)(std::FILE*)> in(std::fopen(path.c_str(), "rb"), &std::fclose);
   if (!in) throw vexqom::Error(vexqom::errc::kFileNotFound, vexqom::from_utf8("File not found: " + path));
-  std::ostringstream s;
-  s << in.rdbuf();
-  return s.str();
+  return read_stream(in.get());
 }
 
 void write_text(const Text& text) {

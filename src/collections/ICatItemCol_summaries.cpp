@@ -67,10 +67,12 @@ Ref<Collection> ICatItemCol::GetDescriptions() {
     line = 3;
     for (size_t i = 0; i < members.size(); ++i) {
       // Suppressed: a description already present (457) or an unreadable member is
-      // skipped; the first letter case seen stays.
+      // skipped; the first letter case seen stays. Most items repeat an earlier
+      // description, so that is looked up first rather than refused with an exception.
       ignore_errors([&] {
         const Text description = member_record<ICatItem>(members.at(i)).get_Description();
-        descriptions->Add(Variant(description), Variant(upper_case(description)));
+        const Variant key(upper_case(description));
+        if (descriptions->find(key) == nullptr) descriptions->Add(Variant(description), key);
       });
     }
     line = 4;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "frame/large_pages.h"
 #include "frame/procedure.h"
 #include "frame/text_procedures.h"
 #include "xml/clsXML.h"
@@ -146,15 +147,21 @@ Text remove_empty_elements(Text source, bool (*matching)(const Text&, int32_t, i
 Text clsXML::Prettify(const std::optional<Text>& xsXML) {
   return run_procedure(errors_, u"clsXML | Prettify", Trace::No, [&](int& line) -> Text {
     line = 1;
-    const Text source = xsXML ? *xsXML : buffer().get_Value();
+    Text stored;
+    if (!xsXML) stored = buffer().get_Value();
+    const Text& source = xsXML ? *xsXML : stored;
     line = 2;
     Ref<DomDocument> document = DocumentCreate(source, false);
     line = 3;
+    // Room for the source and its line breaks and indentation, taken once.
     Text output;
+    output.reserve(source.size() + source.size() / 2);
+    prefer_large_pages(output.data(), output.capacity() * sizeof(char16_t));
     line = 4;
     if (DomNode doctype = document->doctype()) {
       line = 5;
-      output = u"<?xml version='1.0'?>\r\n" + from_utf8(doctype.xml());
+      output += u"<?xml version='1.0'?>\r\n";
+      output += from_utf8(doctype.xml());
     }
     line = 6;
     DomNode root = document->document_element();
@@ -244,7 +251,10 @@ Text clsXML::XMLcompress(const std::optional<Text>& xvXML) {
     line = 1;
     Text text = xvXML ? *xvXML : buffer().get_Value();
     line = 2;
-    text = Text(trim_blanks(text));
+    const TextView kept = trim_blanks(text);
+    const size_t leading = static_cast<size_t>(kept.data() - text.data());
+    text.resize(leading + kept.size());
+    text.erase(0, leading);
     line = 3;
     if (formatted_) {
       line = 4;

@@ -131,6 +131,11 @@ TEST_F(ItemColSummaries, DescriptionsAndGroups) {
   EXPECT_EQ(d->Item(Variant(u"SPARK PLUG")), Variant(u"Spark Plug"));
   EXPECT_EQ(d->Item(Variant(u"OIL FILTER")), Variant(u"Oil Filter"));
 
+  col->Add(item(u"4", Variant(u""), u"", 1), u"L4");
+  col->Add(item(u"5", Variant(u""), u"", 2), u"L5");
+  EXPECT_EQ(col->GetDescriptions()->Count(), 3) << "an empty description is kept once";
+  EXPECT_EQ(col->GetItemGroup(u""), 1);
+
   EXPECT_EQ(col->GetItemGroup(u"oil filter"), 7);
   EXPECT_EQ(col->GetItemGroup(u"SPARK plug"), 3) << "the first match";
   EXPECT_EQ(col->GetItemGroup(u"Oil Filter "), 0) << "no trimming";
