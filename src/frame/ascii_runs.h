@@ -10,18 +10,22 @@
 
 namespace vexqom {
 
+#if defined(__SSE2__)
+// Loads the eight units at src; whether all of them are ASCII.
+inline bool load_eight_ascii(const char16_t* src, __m128i& units) {
+  const __m128i high = _mm_set1_epi16(static_cast<short>(0xFF80));
+  units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src));
+  return _mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(units, high), _mm_setzero_si128())) ==
+         0xFFFF;
+}
+#endif
+
 // The length of the ASCII run at the start of src (at most n).
 inline std::size_t ascii_run_length(const char16_t* src, std::size_t n) {
   std::size_t i = 0;
 #if defined(__SSE2__)
-  const __m128i high = _mm_set1_epi16(static_cast<short>(0xFF80));
-  for (; i + 8 <= n; i += 8) {
-    const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + i));
-    if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(units, high), _mm_setzero_si128())) !=
-        0xFFFF) {
-      break;
-    }
-  }
+  __m128i units;
+  while (i + 8 <= n && load_eight_ascii(src + i, units)) i += 8;
 #endif
   while (i < n && src[i] < 0x80) ++i;
   return i;
@@ -31,13 +35,8 @@ inline std::size_t ascii_run_length(const char16_t* src, std::size_t n) {
 inline std::size_t narrow_ascii_run(const char16_t* src, std::size_t n, char* dst) {
   std::size_t i = 0;
 #if defined(__SSE2__)
-  const __m128i high = _mm_set1_epi16(static_cast<short>(0xFF80));
-  for (; i + 8 <= n; i += 8) {
-    const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + i));
-    if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(units, high), _mm_setzero_si128())) !=
-        0xFFFF) {
-      break;
-    }
+  __m128i units;
+  for (; i + 8 <= n && load_eight_ascii(src + i, units); i += 8) {
     _mm_storel_epi64(reinterpret_cast<__m128i*>(dst + i), _mm_packus_epi16(units, units));
   }
 #endif

@@ -3,20 +3,14 @@
 
 #include <random>
 
+#include "support/error_number.h"
 #include "vexqom/Collection.h"
 #include "vexqom/error.h"
 
 namespace vexqom {
 namespace {
 
-int32_t error_of(auto&& call) {
-  try {
-    call();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
-}
+using testing::error_number_of;
 
 Variant V(const char16_t* text) { return Variant(Text(text)); }
 
@@ -37,15 +31,15 @@ TEST(Collection, CaselessKeysAndRefusedAddsLeaveItUnchanged) {
   EXPECT_EQ(c->Item(V(u"σίσυφος")), V(u"s")) << "final sigma folds like any sigma";
 
   const auto before = contents(*c);
-  EXPECT_EQ(error_of([&] { c->Add(V(u"x"), V(u"mAIN")); }), 457);
-  EXPECT_EQ(error_of([&] { c->add(V(u"x"), u"ärger"); }), 457);
-  EXPECT_EQ(error_of([&] { c->Add(V(u"x"), Variant(int32_t{7})); }), 13);
-  EXPECT_EQ(error_of([&] { c->Add(V(u"x"), Variant::null()); }), 13);
+  EXPECT_EQ(error_number_of([&] { c->Add(V(u"x"), V(u"mAIN")); }), 457);
+  EXPECT_EQ(error_number_of([&] { c->add(V(u"x"), u"ärger"); }), 457);
+  EXPECT_EQ(error_number_of([&] { c->Add(V(u"x"), Variant(int32_t{7})); }), 13);
+  EXPECT_EQ(error_number_of([&] { c->Add(V(u"x"), Variant::null()); }), 13);
   EXPECT_EQ(contents(*c), before);
 
   c->Add(V(u"b"), V(u""));  // through the public Add the empty Text is a real key
   EXPECT_EQ(c->Item(V(u"")), V(u"b"));
-  EXPECT_EQ(error_of([&] { c->Add(V(u"x"), V(u"")); }), 457);
+  EXPECT_EQ(error_number_of([&] { c->Add(V(u"x"), V(u"")); }), 457);
 }
 
 TEST(Collection, LookupErrorsAndHalfEvenPositions) {
@@ -60,8 +54,8 @@ TEST(Collection, LookupErrorsAndHalfEvenPositions) {
       {Variant(0.5), 9}, {Variant(3.5), 9}, {Variant(1e20), 9},     {Variant(true), 9},
       {Variant(), 5},    {Variant::null(), 94}, {Variant(Ref<Object>(c)), 13}};
   for (size_t i = 0; i < std::size(cases); ++i) {
-    EXPECT_EQ(error_of([&] { c->Item(cases[i].first); }), cases[i].second) << "case " << i;
-    EXPECT_EQ(error_of([&] { c->Remove(cases[i].first); }), cases[i].second) << "case " << i;
+    EXPECT_EQ(error_number_of([&] { c->Item(cases[i].first); }), cases[i].second) << "case " << i;
+    EXPECT_EQ(error_number_of([&] { c->Remove(cases[i].first); }), cases[i].second) << "case " << i;
   }
   EXPECT_EQ(contents(*c), (std::vector<Variant>{V(u"a"), V(u"b"), V(u"c")}));
 }
@@ -76,14 +70,14 @@ TEST(Collection, RemovalClosesUpPositionsAndFreesKeys) {
   EXPECT_EQ(c->Item(Variant(int32_t{2})), V(u"c"));
   c->Remove(Variant(int32_t{2}));
   EXPECT_EQ(contents(*c), (std::vector<Variant>{V(u"b"), V(u"d")}));
-  EXPECT_EQ(error_of([&] { c->Item(V(u"KC")); }), 5) << "the key went with its member";
+  EXPECT_EQ(error_number_of([&] { c->Item(V(u"KC")); }), 5) << "the key went with its member";
   EXPECT_EQ(c->Item(V(u"kd")), V(u"d"));
   c->add(V(u"a2"), u"ka");  // a freed key can be taken again
 
   auto snapshot = c->NewEnum();
   EXPECT_EQ(c->remove_if([](const Variant& v) { return v.text() != u"d"; }), 2u);
   EXPECT_EQ(c->Item(Variant(int32_t{1})), V(u"d"));
-  EXPECT_EQ(error_of([&] { c->Item(V(u"KA")); }), 5);
+  EXPECT_EQ(error_number_of([&] { c->Item(V(u"KA")); }), 5);
   std::vector<Variant> seen;
   for (Variant v; snapshot->Next(&v);) seen.push_back(v);
   EXPECT_EQ(seen, (std::vector<Variant>{V(u"b"), V(u"d"), V(u"a2")}));
@@ -98,8 +92,8 @@ TEST(Collection, KeysBehaveAlikeScannedAndIndexed) {
   };
   for (int n = 0; n < 80; ++n) {
     c->Add(Variant(n), Variant(key(n)));
-    ASSERT_EQ(error_of([&] { c->Add(Variant(-1), Variant(upper_case(key(n)))); }), 457) << n;
-    ASSERT_EQ(error_of([&] { c->add(Variant(-1), key(n / 2)); }), 457) << n;
+    ASSERT_EQ(error_number_of([&] { c->Add(Variant(-1), Variant(upper_case(key(n)))); }), 457) << n;
+    ASSERT_EQ(error_number_of([&] { c->add(Variant(-1), key(n / 2)); }), 457) << n;
     ASSERT_EQ(c->Count(), n + 1);
     for (int i = 0; i <= n; ++i) {
       ASSERT_EQ(c->Item(Variant(upper_case(key(i)))).long_value(), i) << n << " " << i;
@@ -111,7 +105,7 @@ TEST(Collection, KeysBehaveAlikeScannedAndIndexed) {
   c->Remove(Variant(int32_t{1}));  // "k1", by position
   EXPECT_EQ(c->Count(), 39);
   for (int n = 3; n < 80; n += 2) EXPECT_EQ(c->Item(Variant(key(n))).long_value(), n);
-  EXPECT_EQ(error_of([&] { c->Item(Variant(key(1))); }), 5);
+  EXPECT_EQ(error_number_of([&] { c->Item(Variant(key(1))); }), 5);
   c->Add(Variant(1001), Variant(key(0)));  // freed keys are free again
   EXPECT_EQ(c->Item(Variant(key(0))).long_value(), 1001);
 
@@ -119,19 +113,19 @@ TEST(Collection, KeysBehaveAlikeScannedAndIndexed) {
   for (int n = 0; n < 5; ++n) few->add(Variant(n), key(n));
   few->Remove(Variant(key(2)));
   few->Remove(Variant(int32_t{1}));
-  EXPECT_EQ(error_of([&] { few->Item(Variant(key(2))); }), 5);
-  EXPECT_EQ(error_of([&] { few->Item(Variant(key(0))); }), 5);
+  EXPECT_EQ(error_number_of([&] { few->Item(Variant(key(2))); }), 5);
+  EXPECT_EQ(error_number_of([&] { few->Item(Variant(key(0))); }), 5);
   few->add(Variant(7), key(2));
   EXPECT_EQ(few->Item(Variant(key(2))).long_value(), 7);
   EXPECT_EQ(few->Item(Variant(key(4))).long_value(), 4);
-  EXPECT_EQ(error_of([&] { few->add(Variant(8), key(3)); }), 457);
+  EXPECT_EQ(error_number_of([&] { few->add(Variant(8), key(3)); }), 457);
   EXPECT_EQ(few->Count(), 4);
 
   // Room taken ahead indexes the keys already there and every one after them.
   few->reserve(100);
   for (int n = 10; n < 40; ++n) few->add(Variant(n), key(n));
-  EXPECT_EQ(error_of([&] { few->add(Variant(8), upper_case(key(4))); }), 457);
-  EXPECT_EQ(error_of([&] { few->add(Variant(8), key(39)); }), 457);
+  EXPECT_EQ(error_number_of([&] { few->add(Variant(8), upper_case(key(4))); }), 457);
+  EXPECT_EQ(error_number_of([&] { few->add(Variant(8), key(39)); }), 457);
   EXPECT_EQ(few->Count(), 34);
   EXPECT_EQ(few->Item(Variant(key(2))).long_value(), 7);
   EXPECT_EQ(few->Item(Variant(int32_t{5})).long_value(), 10);

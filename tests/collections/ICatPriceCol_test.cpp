@@ -4,6 +4,7 @@
 
 #include <array>
 
+#include "support/error_number.h"
 #include "frame/diagnostics.h"
 #include "support/log_folder.h"
 #include "vexqom/ICatPriceCol.h"
@@ -14,14 +15,7 @@ namespace {
 using testing::LogFolder;
 using testing::log_message;
 
-int32_t error_of(auto&& call) {
-  try {
-    call();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
-}
+using testing::error_number_of;
 
 Variant V(const char16_t* text) { return Variant(Text(text)); }
 
@@ -88,7 +82,7 @@ TEST(ICatPriceColXml, RebuildKeysKeepTheFirstAndLogEachDrop) {
   col->put_XML(prices(u"3.5", three));
   EXPECT_EQ(col->get_Count(), 4);
   EXPECT_EQ(col->get_Item(Variant(int32_t{4}))->get_Location(), u"");
-  EXPECT_EQ(error_of([&] { col->put_XML(prices(u"40000", three)); }), 6);
+  EXPECT_EQ(error_number_of([&] { col->put_XML(prices(u"40000", three)); }), 6);
   lines = logs.error_lines();
   ASSERT_EQ(lines.size(), 4u);
   EXPECT_EQ(log_message(lines[3]), "ICatPriceCol | Let XML, Error # 6 at line: 4][Overflow");
@@ -103,18 +97,18 @@ TEST(ICatPriceCol, LookupsCreateOrFailUnloggedWhileAddLogs) {
   EXPECT_EQ(north->get_Location(), u"NORTH");
   EXPECT_EQ(col->get_Item(V(u"north")), north) << "created once, found after";
   EXPECT_EQ(col->get_Count(), 3);
-  EXPECT_EQ(error_of([&] { col->get_Item(Variant(int32_t{5})); }), 13);
-  EXPECT_EQ(error_of([&] { col->Remove(V(u"SOUTH")); }), 5);
+  EXPECT_EQ(error_number_of([&] { col->get_Item(Variant(int32_t{5})); }), 13);
+  EXPECT_EQ(error_number_of([&] { col->Remove(V(u"SOUTH")); }), 5);
   EXPECT_EQ(col->get_Count(), 3);
   EXPECT_TRUE(logs.error_lines().empty());
 
-  EXPECT_EQ(error_of([&] { col->Add(create<ICatPrice>(), u"Main"); }), 457);
-  EXPECT_EQ(error_of([&] { col->get_XML(); }), 91) << "the empty member has no XML";
+  EXPECT_EQ(error_number_of([&] { col->Add(create<ICatPrice>(), u"Main"); }), 457);
+  EXPECT_EQ(error_number_of([&] { col->get_XML(); }), 91) << "the empty member has no XML";
   EXPECT_EQ(logs.error_lines().size(), 2u);
 
   col->Clear(true);
-  EXPECT_EQ(error_of([&] { col->get_Count(); }), 91);
-  EXPECT_EQ(error_of([&] { col->get_Item(V(u"A")); }), 91);
+  EXPECT_EQ(error_number_of([&] { col->get_Count(); }), 91);
+  EXPECT_EQ(error_number_of([&] { col->get_Item(V(u"A")); }), 91);
   EXPECT_EQ(logs.error_lines().size(), 2u) << "neither has a handler";
   col->put_XML(prices(u"1", {{u"Z", u"", u""}}));
   EXPECT_EQ(col->get_Count(), 1);

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "support/error_number.h"
 #include "frame/diagnostics.h"
 #include "support/log_folder.h"
 #include "vexqom/ICatListCol.h"
@@ -17,14 +18,7 @@ namespace {
 using testing::LogFolder;
 using testing::log_message;
 
-int32_t error_of(auto&& call) {
-  try {
-    call();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
-}
+using testing::error_number_of;
 
 Variant V(const char16_t* text) { return Variant(Text(text)); }
 
@@ -72,7 +66,7 @@ TEST(ICatListXml, WholeDocumentWithSwitchesAlwaysOn) {
   EXPECT_EQ(copy->get_ID(), 0);
   EXPECT_TRUE(logs.error_lines().empty());
 
-  EXPECT_EQ(error_of([&] { copy->put_XML(u"<ListID>3000000000</ListID>"); }), 6);
+  EXPECT_EQ(error_number_of([&] { copy->put_XML(u"<ListID>3000000000</ListID>"); }), 6);
   auto lines = logs.error_lines();
   ASSERT_EQ(lines.size(), 1u);
   EXPECT_EQ(log_message(lines[0]).rfind("ICatList | XML, Error # 6 at line: ", 0), 0u);
@@ -98,7 +92,7 @@ TEST(ICatListColXml, RebuildKeysPositiveIdsAndDropsLaterDuplicates) {
   ASSERT_EQ(col->get_Count(), 2);
   EXPECT_EQ(col->get_Item(V(u"i#12"))->get_Heading(), u"Exhaust");
   EXPECT_EQ(col->get_Item(Variant(int32_t{2}))->get_Heading(), u"Brakes");
-  EXPECT_EQ(error_of([&] { col->get_Item(V(u"I#0")); }), 5);
+  EXPECT_EQ(error_number_of([&] { col->get_Item(V(u"I#0")); }), 5);
   EXPECT_NE(col->get_Vehicle(), hosts_vehicle);
 
   col->put_XML(list_col(u"5", {u"7", u"-7", u"7", u"0", u"-7"}));
@@ -107,7 +101,7 @@ TEST(ICatListColXml, RebuildKeysPositiveIdsAndDropsLaterDuplicates) {
   EXPECT_EQ(col->get_Item(Variant(int32_t{2}))->get_ID(), -7);
   EXPECT_EQ(col->get_Item(Variant(int32_t{3}))->get_ID(), 0);
   EXPECT_EQ(col->get_Item(Variant(int32_t{4}))->get_Heading(), u"H5");
-  EXPECT_EQ(error_of([&] { col->get_Item(V(u"I#-7")); }), 5);
+  EXPECT_EQ(error_number_of([&] { col->get_Item(V(u"I#-7")); }), 5);
 
   col->put_XML(list_col(u"2", {u"4", u"5", u"6"}));  // "Count" is trusted
   EXPECT_EQ(col->get_Count(), 2);
@@ -121,8 +115,8 @@ TEST(ICatListCol, AddsNeverDeriveKeysAndToleratePresentOnes) {
   auto col = create<ICatListCol>();
   auto seven = col->Add(u"Exhaust", 7);
   EXPECT_EQ(seven->get_ID(), 7);
-  EXPECT_EQ(error_of([&] { col->get_Item(V(u"I#7")); }), 5) << "Add gives no key of its own";
-  EXPECT_EQ(error_of([&] { col->get_Item(Variant(int32_t{0})); }), 9);
+  EXPECT_EQ(error_number_of([&] { col->get_Item(V(u"I#7")); }), 5) << "Add gives no key of its own";
+  EXPECT_EQ(error_number_of([&] { col->get_Item(Variant(int32_t{0})); }), 9);
 
   col->Add(u"First", 1, u"K");
   auto again = col->Add(u"Second", 2, u"k");
@@ -135,12 +129,12 @@ TEST(ICatListCol, AddsNeverDeriveKeysAndToleratePresentOnes) {
   EXPECT_EQ(col->AddObject(entry, u"X"), entry);
   EXPECT_EQ(col->get_Count(), 3);
   col->Remove(Variant(int32_t{1}));
-  EXPECT_EQ(error_of([&] { col->Remove(V(u"absent")); }), 5);
+  EXPECT_EQ(error_number_of([&] { col->Remove(V(u"absent")); }), 5);
   EXPECT_EQ(col->get_Item(Variant(int32_t{2})), entry);
   EXPECT_TRUE(logs.error_lines().empty());
 
   col->putref_Vehicle(Ref<ICatVehicle>());
-  EXPECT_EQ(error_of([&] { col->get_XML(); }), 91);
+  EXPECT_EQ(error_number_of([&] { col->get_XML(); }), 91);
   auto lines = logs.error_lines();
   ASSERT_EQ(lines.size(), 1u);
   EXPECT_EQ(log_message(lines[0]).rfind("ICatListCol | Get XML, Error # 91", 0), 0u);
@@ -157,7 +151,7 @@ TEST(ICatListCol, MemberTableAndTraceThroughDispatch) {
   std::vector<Variant> none;
   std::vector<Variant> no_vehicle{Variant(Ref<Object>())};
   invoke(*o, 0x68030001, kInvokeSet, no_vehicle);
-  EXPECT_EQ(error_of([&] { invoke(*o, 0x68030002, kInvokeGet, none); }), 91);  // starts tracing
+  EXPECT_EQ(error_number_of([&] { invoke(*o, 0x68030002, kInvokeGet, none); }), 91);  // starts tracing
 
   std::vector<Variant> add{V(u"Exhaust"), V(u"12")};  // ID coerced from text, sKey left out
   Variant added = invoke(*o, 0x60030004, kInvokeMethod, add);

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "support/error_number.h"
 #include "frame/diagnostics.h"
 #include "support/log_folder.h"
 #include "vexqom/ICatPresetCol.h"
@@ -18,14 +19,7 @@ namespace {
 using testing::LogFolder;
 using testing::log_message;
 
-int32_t error_of(auto&& call) {
-  try {
-    call();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
-}
+using testing::error_number_of;
 
 Variant V(const char16_t* text) { return Variant(Text(text)); }
 
@@ -88,9 +82,9 @@ TEST(ICatPresetCol, AddsToleratePresentKeysSilently) {
   EXPECT_EQ(col->get_Item(Variant(int32_t{3})), other);
 
   // The member list's own errors pass through unlogged.
-  EXPECT_EQ(error_of([&] { col->get_Item(V(u"absent")); }), 5);
-  EXPECT_EQ(error_of([&] { col->get_Item(Variant(int32_t{0})); }), 9);
-  EXPECT_EQ(error_of([&] { col->Remove(Variant(int32_t{4})); }), 9);
+  EXPECT_EQ(error_number_of([&] { col->get_Item(V(u"absent")); }), 5);
+  EXPECT_EQ(error_number_of([&] { col->get_Item(Variant(int32_t{0})); }), 9);
+  EXPECT_EQ(error_number_of([&] { col->Remove(Variant(int32_t{4})); }), 9);
   col->Remove(V(u"k"));
   EXPECT_EQ(col->get_Count(), 2);
   auto e = col->get_NewEnum();
@@ -131,7 +125,7 @@ TEST(ICatPresetColXml, RebuildKeysByTheJoinedFieldsAndKeepsTheFirst) {
   EXPECT_EQ(copy->get_Item(V(u"abc"))->get_Category(), u"A");
   EXPECT_EQ(copy->get_Item(Variant(int32_t{3}))->get_Category(), u"");
   EXPECT_EQ(copy->get_Item(Variant(int32_t{4}))->get_Category(), u"") << "no key, no clash";
-  EXPECT_EQ(error_of([&] { copy->get_Item(V(u"")); }), 5);
+  EXPECT_EQ(error_number_of([&] { copy->get_Item(V(u"")); }), 5);
   EXPECT_NE(copy->get_Vehicle(), hosts_vehicle) << "a new vehicle, not the host's refilled";
   EXPECT_EQ(copy->get_Vehicle()->get_Make(), u"Ford");
   EXPECT_EQ(hosts_vehicle->get_Make(), u"Ford");
@@ -183,7 +177,7 @@ TEST(ICatPresetColXml, TracesUnderOneLabelForBothDirections) {
   logs.create_trace_flag();
   auto col = create<ICatPresetCol>();
   col->putref_Vehicle(Ref<ICatVehicle>());
-  EXPECT_EQ(error_of([&] { col->get_XML(); }), 91);  // the first logged error starts tracing
+  EXPECT_EQ(error_number_of([&] { col->get_XML(); }), 91);  // the first logged error starts tracing
   col->put_XML(u"<ICatPresetCol><Count>1</Count><Collection><ICatPreset><Group>G</Group>"
                u"</ICatPreset></Collection></ICatPresetCol>");
   col->Add(u"", u"", u"");

@@ -4,6 +4,7 @@
 
 #include "frame/class_info.h"
 #include "frame/invoke_changes.h"
+#include "support/error_number.h"
 #include "vexqom/dispatch.h"
 
 namespace vexqom {
@@ -37,14 +38,7 @@ class Recorder : public Object {
   int16_t count_ = 0;
 };
 
-int number_of_failure(const std::function<void()>& call) {
-  try {
-    call();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
-}
+using testing::error_number_of;
 
 TEST(DispatchArguments, LentValuesAreTheCallersAgainHoweverTheCallEnds) {
   auto made = create<Recorder>();  // reference counted: the call holds it too
@@ -59,13 +53,13 @@ TEST(DispatchArguments, LentValuesAreTheCallersAgainHoweverTheCallEnds) {
 
   // The second argument cannot be coerced after the first was lent.
   std::vector<Variant> bad_count{Variant(note), Variant(Text(u"many"))};
-  EXPECT_EQ(number_of_failure([&] { invoke(recorder, 1, kInvokeMethod, bad_count); }),
+  EXPECT_EQ(error_number_of([&] { invoke(recorder, 1, kInvokeMethod, bad_count); }),
             errc::kTypeMismatch);
   EXPECT_EQ(bad_count[0], Variant(note));
   EXPECT_EQ(bad_count[1], Variant(Text(u"many")));
 
   std::vector<Variant> failing{Variant(note)};
-  EXPECT_EQ(number_of_failure([&] { invoke(recorder, 2, kInvokeMethod, failing); }),
+  EXPECT_EQ(error_number_of([&] { invoke(recorder, 2, kInvokeMethod, failing); }),
             errc::kInvalidArgument);
   EXPECT_EQ(failing[0], Variant(note)) << "a member that raises gives the argument back";
 }

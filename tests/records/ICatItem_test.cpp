@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "support/error_number.h"
 #include "support/log_folder.h"
 #include "vexqom/ICatItem.h"
 #include "vexqom/dispatch.h"
@@ -16,14 +17,7 @@ Ref<ICatPrice> price(ICatItem& item, const char16_t* location) {
   return item.get_PriceCol()->get_Item(Variant(Text(location)));
 }
 
-int32_t error_number_of(auto&& call) {
-  try {
-    call();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
-}
+using testing::error_number_of;
 
 TEST(ICatItem, QuantitiesLeaveOutInvoiceAndLocalAndReadLeadingNumbers) {
   auto item = create<ICatItem>();

@@ -1,6 +1,7 @@
 // The vehicle record through its C++ surface and through dispatch.
 #include <gtest/gtest.h>
 
+#include "support/error_number.h"
 #include "support/log_folder.h"
 #include "vexqom/ICatVehicle.h"
 #include "vexqom/dispatch.h"
@@ -66,26 +67,19 @@ TEST(ICatVehicle, CreatedByNameAndReachedByDispatch) {
 TEST(Dispatch, BadCallsRaiseTheDefinedNumbers) {
   Ref<Object> o = create_object("vexqom_PLUMEK2.ICatVehicle");
   std::vector<Variant> none;
-  auto number_of = [&](auto&& call) {
-    try {
-      call();
-    } catch (const Error& e) {
-      return e.number();
-    }
-    return 0;
-  };
-  EXPECT_EQ(number_of([&] { create_object("vexqom_PLUMEK2.NoSuchClass"); }), -2147221164);
-  EXPECT_EQ(number_of([&] { get_ids_of_names(*o, "Mileage"); }), -2147352573);
-  EXPECT_EQ(number_of([&] { invoke(*o, 0x68031234, kInvokeGet, none); }), -2147352573);
-  EXPECT_EQ(number_of([&] { invoke(*o, 0x60030000 + 10, kInvokeLet, none); }), -2147352573)
+  using testing::error_number_of;
+  EXPECT_EQ(error_number_of([&] { create_object("vexqom_PLUMEK2.NoSuchClass"); }), -2147221164);
+  EXPECT_EQ(error_number_of([&] { get_ids_of_names(*o, "Mileage"); }), -2147352573);
+  EXPECT_EQ(error_number_of([&] { invoke(*o, 0x68031234, kInvokeGet, none); }), -2147352573);
+  EXPECT_EQ(error_number_of([&] { invoke(*o, 0x60030000 + 10, kInvokeLet, none); }), -2147352573)
       << "Clear has no let";
   std::vector<Variant> object_arg{Variant(Ref<Object>(o))};
-  EXPECT_EQ(number_of([&] { invoke(*o, 0x68030007, kInvokeLet, object_arg); }), 13);
+  EXPECT_EQ(error_number_of([&] { invoke(*o, 0x68030007, kInvokeLet, object_arg); }), 13);
   std::vector<Variant> null_arg{Variant::null()};
-  EXPECT_EQ(number_of([&] { invoke(*o, 0x68030007, kInvokeLet, null_arg); }), 13);
+  EXPECT_EQ(error_number_of([&] { invoke(*o, 0x68030007, kInvokeLet, null_arg); }), 13);
   std::vector<Variant> two{Variant(Text(u"a")), Variant(Text(u"b"))};
-  EXPECT_EQ(number_of([&] { invoke(*o, 0x68030007, kInvokeLet, two); }), -2147352562);
-  EXPECT_EQ(number_of([&] { invoke(*o, 0x68030007, kInvokeLet, none); }), -2147352561);
+  EXPECT_EQ(error_number_of([&] { invoke(*o, 0x68030007, kInvokeLet, two); }), -2147352562);
+  EXPECT_EQ(error_number_of([&] { invoke(*o, 0x68030007, kInvokeLet, none); }), -2147352561);
 }
 
 }  // namespace
