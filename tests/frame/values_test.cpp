@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "vexqom/currency.h"
+#include "support/error_number.h"
 #include "vexqom/error.h"
 #include "vexqom/object.h"
 #include "vexqom/text.h"
@@ -21,16 +22,8 @@ using namespace vexqom;
 
 namespace {
 
-// The error number an expression raises, or 0 when it raises none.
-template <class F>
-int32_t raised(F&& f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
-}
+using vexqom::testing::error_number_of;
+
 
 class Plain : public Object {
  public:
@@ -139,16 +132,16 @@ TEST(ValuesCurrency, FromDoubleRoundsHalvesToEven) {
       {12.34567, 123457}};
   for (auto [in, raw] : cases) EXPECT_EQ(Currency::from_double(in).raw(), raw) << in;
   for (double bad : {1e15, 922337203685477.625, kNaN, kInf})
-    EXPECT_EQ(raised([=] { Currency::from_double(bad); }), kOverflow) << bad;
+    EXPECT_EQ(error_number_of([=] { Currency::from_double(bad); }), kOverflow) << bad;
 }
 
 TEST(ValuesCurrency, CheckedArithmeticAndText) {
   const Currency max = Currency::from_raw(kMaxRaw), min = Currency::from_raw(kMinRaw);
   const Currency unit = Currency::from_raw(1), half = Currency::from_raw(5000);
-  EXPECT_EQ(raised([&] { (void)(max + unit); }), kOverflow);
-  EXPECT_EQ(raised([&] { (void)(min - unit); }), kOverflow);
-  EXPECT_EQ(raised([&] { (void)-min; }), kOverflow);
-  EXPECT_EQ(raised([] { Currency::from_whole(922337203685478); }), kOverflow);
+  EXPECT_EQ(error_number_of([&] { (void)(max + unit); }), kOverflow);
+  EXPECT_EQ(error_number_of([&] { (void)(min - unit); }), kOverflow);
+  EXPECT_EQ(error_number_of([&] { (void)-min; }), kOverflow);
+  EXPECT_EQ(error_number_of([] { Currency::from_whole(922337203685478); }), kOverflow);
   EXPECT_EQ(Currency::from_whole(922337203685477).raw(), 9223372036854770000);
 
   EXPECT_EQ((unit * half).raw(), 0);  // 0.5 units
@@ -158,7 +151,7 @@ TEST(ValuesCurrency, CheckedArithmeticAndText) {
   const Currency big = Currency::from_whole(30370000);
   EXPECT_EQ((big * big).raw(), 9223369000000000000);
   const Currency bigger = Currency::from_whole(40000000);
-  EXPECT_EQ(raised([&] { (void)(bigger * bigger); }), kOverflow);
+  EXPECT_EQ(error_number_of([&] { (void)(bigger * bigger); }), kOverflow);
 
   const std::pair<int64_t, const char16_t*> texts[] = {
       {70000, u"7"}, {8000, u"0.8"}, {-5000, u"-0.5"}, {123457, u"12.3457"}, {1, u"0.0001"},
@@ -184,12 +177,12 @@ TEST(ValuesNumbers, RoundingToIntegerKindsHalvesToEven) {
       {-32768.5, -32768}};
   for (auto [in, out] : to_integer) EXPECT_EQ(round_to_integer(in), out) << in;
   for (double bad : {32767.5, -32769.5, kNaN})
-    EXPECT_EQ(raised([=] { round_to_integer(bad); }), kOverflow) << bad;
+    EXPECT_EQ(error_number_of([=] { round_to_integer(bad); }), kOverflow) << bad;
 
   EXPECT_EQ(round_to_long(2147483646.5), 2147483646);
   EXPECT_EQ(round_to_long(-2147483648.5), std::numeric_limits<int32_t>::min());
   for (double bad : {2147483647.5, kInf, kNaN})
-    EXPECT_EQ(raised([=] { round_to_long(bad); }), kOverflow) << bad;
+    EXPECT_EQ(error_number_of([=] { round_to_long(bad); }), kOverflow) << bad;
 }
 
 TEST(ValuesNumbers, LeadingNumberAndNumericText) {
@@ -322,8 +315,8 @@ TEST(ValuesVariant, KindsAndText) {
   EXPECT_EQ(to_text(Variant(int16_t{-7})), u"-7");
   EXPECT_EQ(to_text(Variant(Currency::from_raw(123457))), u"12.3457");
   EXPECT_EQ(to_text(Variant(false)), u"False");
-  EXPECT_EQ(raised([] { coerce_to_text(Variant::null()); }), errc::kInvalidUseOfNull);
-  EXPECT_EQ(raised([&] { to_text(Variant(obj)); }), errc::kTypeMismatch);
+  EXPECT_EQ(error_number_of([] { coerce_to_text(Variant::null()); }), errc::kInvalidUseOfNull);
+  EXPECT_EQ(error_number_of([&] { to_text(Variant(obj)); }), errc::kTypeMismatch);
 }
 
 TEST(ValuesVariant, NumericCoercions) {
@@ -333,30 +326,30 @@ TEST(ValuesVariant, NumericCoercions) {
   EXPECT_EQ(coerce_to_double(Variant(u" 2.5 ")), 2.5);
   EXPECT_EQ(coerce_to_double(Variant(u"tRUE")), -1);
   EXPECT_EQ(coerce_to_double(Variant(Currency::from_raw(15))), 0.0015);
-  EXPECT_EQ(raised([] { coerce_to_double(Variant(u"abc")); }), errc::kTypeMismatch);
-  EXPECT_EQ(raised([] { coerce_to_double(Variant(u"1e400")); }), kOverflow);
-  EXPECT_EQ(raised([&] { coerce_to_double(null); }), errc::kInvalidUseOfNull);
-  EXPECT_EQ(raised([&] { coerce_to_double(obj); }), errc::kTypeMismatch);
+  EXPECT_EQ(error_number_of([] { coerce_to_double(Variant(u"abc")); }), errc::kTypeMismatch);
+  EXPECT_EQ(error_number_of([] { coerce_to_double(Variant(u"1e400")); }), kOverflow);
+  EXPECT_EQ(error_number_of([&] { coerce_to_double(null); }), errc::kInvalidUseOfNull);
+  EXPECT_EQ(error_number_of([&] { coerce_to_double(obj); }), errc::kTypeMismatch);
 
   EXPECT_EQ(coerce_to_integer(Variant(u"2.5")), 2);
   EXPECT_EQ(coerce_to_integer(Variant(3.5)), 4);
   EXPECT_EQ(coerce_to_integer(Variant(Currency::from_raw(25000))), 2);
   EXPECT_EQ(coerce_to_integer(Variant(Currency::from_raw(-35000))), -4);
-  EXPECT_EQ(raised([] { coerce_to_integer(Variant(int32_t{40000})); }), kOverflow);
-  EXPECT_EQ(raised([] { coerce_to_integer(Variant(Currency::from_raw(327675000))); }),
+  EXPECT_EQ(error_number_of([] { coerce_to_integer(Variant(int32_t{40000})); }), kOverflow);
+  EXPECT_EQ(error_number_of([] { coerce_to_integer(Variant(Currency::from_raw(327675000))); }),
             kOverflow);
-  EXPECT_EQ(raised([&] { coerce_to_integer(obj); }), errc::kTypeMismatch);
+  EXPECT_EQ(error_number_of([&] { coerce_to_integer(obj); }), errc::kTypeMismatch);
   EXPECT_EQ(coerce_to_long(Variant(u"&HFFFFFFFF")), -1);
   EXPECT_EQ(coerce_to_long(Variant(Currency::from_raw(-5000))), 0);
-  EXPECT_EQ(raised([] { coerce_to_long(Variant(3e9)); }), kOverflow);
-  EXPECT_EQ(raised([&] { coerce_to_long(null); }), errc::kInvalidUseOfNull);
+  EXPECT_EQ(error_number_of([] { coerce_to_long(Variant(3e9)); }), kOverflow);
+  EXPECT_EQ(error_number_of([&] { coerce_to_long(null); }), errc::kInvalidUseOfNull);
 
   EXPECT_TRUE(coerce_to_boolean(Variant(u" true ")));
   EXPECT_FALSE(coerce_to_boolean(Variant(u"0.0")));
   EXPECT_TRUE(coerce_to_boolean(Variant(u"0.0001")));
   EXPECT_FALSE(coerce_to_boolean(Variant()));
-  EXPECT_EQ(raised([] { coerce_to_boolean(Variant(u"yes")); }), errc::kTypeMismatch);
-  EXPECT_EQ(raised([&] { coerce_to_boolean(null); }), errc::kInvalidUseOfNull);
+  EXPECT_EQ(error_number_of([] { coerce_to_boolean(Variant(u"yes")); }), errc::kTypeMismatch);
+  EXPECT_EQ(error_number_of([&] { coerce_to_boolean(null); }), errc::kInvalidUseOfNull);
 
   EXPECT_EQ(number_via_text(Variant()), 0);
   EXPECT_EQ(number_via_text(Variant(u"4 apples")), 4);
@@ -374,13 +367,13 @@ TEST(ValuesVariant, CurrencyCoercionIsExactFromText) {
   for (auto [in, out] : texts) EXPECT_EQ(raw(Variant(in)), out) << to_utf8(in);
   EXPECT_EQ(raw(Variant(u"0.1")) + raw(Variant(u"0.2")), raw(Variant(u"0.3")));
   for (const char16_t* big : {u"922337203685477.5808", u"1e30"})
-    EXPECT_EQ(raised([=] { coerce_to_currency(Variant(big)); }), kOverflow);
-  EXPECT_EQ(raised([] { coerce_to_currency(Variant(u"abc")); }), errc::kTypeMismatch);
+    EXPECT_EQ(error_number_of([=] { coerce_to_currency(Variant(big)); }), kOverflow);
+  EXPECT_EQ(error_number_of([] { coerce_to_currency(Variant(u"abc")); }), errc::kTypeMismatch);
 
   EXPECT_EQ(raw(Variant(0.03125)), 312);
-  EXPECT_EQ(raised([] { coerce_to_currency(Variant(1e300)); }), kOverflow);
-  EXPECT_EQ(raised([] { coerce_to_currency(Variant::null()); }), errc::kInvalidUseOfNull);
-  EXPECT_EQ(raised([] { coerce_to_currency(Variant(create<Plain>())); }), errc::kTypeMismatch);
+  EXPECT_EQ(error_number_of([] { coerce_to_currency(Variant(1e300)); }), kOverflow);
+  EXPECT_EQ(error_number_of([] { coerce_to_currency(Variant::null()); }), errc::kInvalidUseOfNull);
+  EXPECT_EQ(error_number_of([] { coerce_to_currency(Variant(create<Plain>())); }), errc::kTypeMismatch);
 }
 
 TEST(ValuesError, DescriptionsSourcesAndMapping) {
