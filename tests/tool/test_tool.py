@@ -3,6 +3,7 @@ help, byte-exact output and exit statuses."""
 import json
 import os
 import subprocess
+import tempfile
 import unittest
 
 TOOL = os.environ["VEXQOM_TOOL"]
@@ -60,6 +61,17 @@ class TextReshaping(unittest.TestCase):
         self.assertEqual(r.returncode, 0)
         self.assertEqual(r.stdout, b"<a>\r\n\r\n  <c>x</c>\r\n</a>")
         self.assertEqual(run("compress", "-", stdin=b"<r><a></a></r>").stdout, b"")
+
+    def test_large_input_is_read_whole_from_a_file_and_standard_input(self):
+        # Several times the first block read from a stream.
+        text = ("<r>" + "".join("<i>%d</i>" % n for n in range(30000)) + "</r>").encode()
+        with tempfile.NamedTemporaryFile(suffix=".xml", delete=False) as f:
+            f.write(text)
+        try:
+            self.assertEqual(run("compress", "-", stdin=text).stdout, text)
+            self.assertEqual(run("compress", f.name).stdout, text)
+        finally:
+            os.unlink(f.name)
 
     def test_validate_is_silent_on_good_text(self):
         r = run("validate", SAMPLE)
