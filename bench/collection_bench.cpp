@@ -3,6 +3,8 @@
 // member at 3,000 and at 30,000 members (10x the members, about 10x the time).
 #include <benchmark/benchmark.h>
 
+#include "bench_support.h"
+
 #include <vector>
 
 #include "vexqom/Collection.h"
@@ -12,13 +14,7 @@ namespace {
 
 using namespace vexqom;
 
-// Each timed iteration starts with caches that hold none of the collection, at either
-// size, so that the comparison of sizes measures the code rather than the cache.
-void evict_caches() {
-  static std::vector<char> sweep(64u << 20);
-  for (size_t i = 0; i < sweep.size(); i += 64) sweep[i] = static_cast<char>(sweep[i] + 1);
-  benchmark::ClobberMemory();
-}
+using bench::evict_caches;
 
 Text key_of(int64_t i) { return u"K" + integer_text(static_cast<int32_t>(i)); }
 

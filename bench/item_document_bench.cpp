@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "bench_support.h"
 #include "frame/diagnostics.h"
 #include "vexqom/ICatItemCol.h"
 
@@ -61,14 +62,7 @@ Text make_selection(int items) {
   return col->get_XML();
 }
 
-// Each timed iteration starts with caches that hold none of the document, at either
-// size: otherwise the small document stays cache-resident between iterations and the
-// comparison of sizes measures the cache, not the code.
-void evict_caches() {
-  static std::vector<char> sweep(64u << 20);
-  for (size_t i = 0; i < sweep.size(); i += 64) sweep[i] = static_cast<char>(sweep[i] + 1);
-  benchmark::ClobberMemory();
-}
+using bench::evict_caches;
 
 const Text& selection(int items) {
   static std::map<int, Text> made;
@@ -160,16 +154,11 @@ void BM_ReferenceAfterLoadWrite(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
-// Medians of three repetitions: the timings are ratios of seconds-long runs on shared
-// machines.
-#define DOCUMENT_BENCHMARK(fn)                                                         \
-  BENCHMARK(fn)->Arg(3000)->Arg(30000)->Unit(benchmark::kMillisecond)->Repetitions(3) \
-      ->ReportAggregatesOnly(true)
-DOCUMENT_BENCHMARK(BM_Load);
-DOCUMENT_BENCHMARK(BM_Write);
-DOCUMENT_BENCHMARK(BM_LoadWrite);
-DOCUMENT_BENCHMARK(BM_ReferenceParsePrint);
-DOCUMENT_BENCHMARK(BM_ReferenceAfterLoadWrite);
+VEXQOM_DOCUMENT_BENCHMARK(BM_Load);
+VEXQOM_DOCUMENT_BENCHMARK(BM_Write);
+VEXQOM_DOCUMENT_BENCHMARK(BM_LoadWrite);
+VEXQOM_DOCUMENT_BENCHMARK(BM_ReferenceParsePrint);
+VEXQOM_DOCUMENT_BENCHMARK(BM_ReferenceAfterLoadWrite);
 
 // Keeps each benchmark's median real time per iteration (or its single run's) so that
 // the ratios can be printed at the end.
