@@ -2,7 +2,6 @@
 // its prices per location, and the quantities and amounts derived from them.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
 #include "vexqom/ICatPriceCol.h"
@@ -136,20 +135,10 @@ class VEXQOM_API ICatItem : public Object {
   const ErrorState& last_error() const { return errors_; }
 
  private:
-  // The XML form as code-page bytes, written at the end of the text of the ICatItemCol that
-  // holds it: never widened to Text and narrowed again (the same bytes).
-  friend class ICatItemCol;
-  void write_xml(std::string& target);
-  // Room for the usual item with its prices; 1 KB and more would make the allocator tidy
-  // up first.
-  static constexpr size_t kXmlRoom = 1000;
-  void put_XML_bytes(std::string_view xml);
-  template <class Xml>
-  void load_xml(const Xml& xml);  // Text or code-page bytes
+  friend class XmlForm<ICatItem>;
 
   ICatPriceCol& prices();  // error 91 without a price collection
-  Variant jobber_amount(Currency (ICatPrice::*amount)() const, const char16_t* label);
-  void clear_fields(bool xbDestroyObject);
+  Variant jobber_amount(Currency (ICatPrice::*amount)() const, TextView label);
 
   int16_t WorkGroup_ = 0;
   vexCatalogItemType ItemType_ = vexCatalogItemType::vcit_Part;

@@ -67,6 +67,8 @@ class VEXQOM_API ICatItemCol : public Object {
   const ErrorState& last_error() const { return errors_; }
 
  private:
+  friend class XmlForm<ICatItemCol>;
+
   Collection& require_members() const;  // error 91 after Clear(true)
   // ItemExists' lookup: cleans a Text key in place; the member when found and asked for.
   bool find_member(Variant& vntIndexKey, Variant* found);

@@ -29,6 +29,8 @@ class VEXQOM_API ICatList : public Object {
   const ErrorState& last_error() const { return errors_; }
 
  private:
+  friend class XmlForm<ICatList>;
+
   int32_t ID_ = 0;
   Text Heading_;
   ErrorState errors_;

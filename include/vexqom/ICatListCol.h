@@ -36,6 +36,8 @@ class VEXQOM_API ICatListCol : public Object {
   const ErrorState& last_error() const { return errors_; }
 
  private:
+  friend class XmlForm<ICatListCol>;
+
   Ref<Collection> members_;
   Ref<ICatVehicle> Vehicle_;
   ErrorState errors_;

@@ -29,6 +29,8 @@ class VEXQOM_API ICatPreset : public Object {
   const ErrorState& last_error() const { return errors_; }
 
  private:
+  friend class XmlForm<ICatPreset>;
+
   Text Category_, Group_, Description_;
   ErrorState errors_;
 };

@@ -37,6 +37,8 @@ class VEXQOM_API ICatPresetCol : public Object {
   const ErrorState& last_error() const { return errors_; }
 
  private:
+  friend class XmlForm<ICatPresetCol>;
+
   Ref<Collection> members_;
   Ref<ICatVehicle> Vehicle_;
   ErrorState errors_;

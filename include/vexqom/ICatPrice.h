@@ -66,16 +66,7 @@ class VEXQOM_API ICatPrice : public Object {
   const ErrorState& last_error() const { return errors_; }
 
  private:
-  // The XML form as code-page bytes, written at the end of the text of the ICatPriceCol
-  // that holds it, and read from it: never widened to Text and narrowed again.
-  friend class ICatPriceCol;
-  friend class ICatItem;  // sums quantities and checks locations without copying them
-  void write_xml(std::string& target);
-  void put_XML_bytes(std::string_view xml);
-  template <class Xml>
-  void load_xml(const Xml& xml);  // Text or code-page bytes
-
-  void clear_fields();
+  friend class XmlForm<ICatPrice>;
 
   Text Location_, SellerID_, DeliveryTime_;
   bool UrgentFlag_ = false;

@@ -35,25 +35,10 @@ class VEXQOM_API ICatPriceCol : public Object {
   // or an XML assignment.
   void Clear(bool xbDestroyObject = false);
 
-  // The member list (null after Clear(true)); for the library's own readers.
-  const Ref<Collection>& members() const { return members_; }
-
   const ErrorState& last_error() const { return errors_; }
 
  private:
-  // The XML form as code-page bytes, written at the end of the text of the ICatItem that
-  // holds it: never widened to Text and narrowed again (the same bytes).
-  friend class ICatItem;
-  void write_xml(std::string& target);
-  void put_XML_bytes(std::string_view xml);
-  template <class Xml>
-  void load_xml(const Xml& xml);  // Text or code-page bytes
-  // The state of a new price collection, without the trace lines creating one writes (for
-  // an item reloading a collection nobody else holds).
-  void renew();
-  // A new member list; one that nobody else holds and that never held a member is kept,
-  // as no one could tell the two apart.
-  void renew_members();
+  friend class XmlForm<ICatPriceCol>;
 
   Collection& require_members() const;  // error 91 without a member list
 

@@ -47,6 +47,8 @@ class VEXQOM_API ICatVehicle : public Object {
   const ErrorState& last_error() const { return errors_; }
 
  private:
+  friend class XmlForm<ICatVehicle>;
+
   Text AAIA_, Year_, Make_, Model_, Engine_, VIN_, Plate_, Description_, CurrentMileage_;
   ErrorState errors_;
 };

@@ -7,12 +7,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
+#include <typeinfo>
 #include <utility>
 
 namespace vexqom {
 
 struct ClassInfo;         // the member table of a class (component host)
 class EventConnections;   // outgoing event connections of an event source
+template <class T>
+class XmlForm;            // the library's own writer and reader of a class's XML form
 
 class VEXQOM_API Object {
  public:
@@ -93,10 +96,18 @@ Ref<T> create(Args&&... args) {
   return Ref<T>(new T(std::forward<Args>(args)...));
 }
 
+// The object as a T, or null when it is of another class. An object of class T itself,
+// the usual case, is recognised without the search of a dynamic_cast.
+template <class T, class U>
+T* object_cast(U* p) noexcept {
+  if (p != nullptr && typeid(*p) == typeid(T)) return static_cast<T*>(p);
+  return dynamic_cast<T*>(p);
+}
+
 // Casts a reference to a derived class; empty when the object is of another class.
 template <class T, class U>
 Ref<T> ref_cast(const Ref<U>& r) noexcept {
-  return Ref<T>(dynamic_cast<T*>(r.get()));
+  return Ref<T>(object_cast<T>(r.get()));
 }
 
 }  // namespace vexqom

@@ -4,7 +4,7 @@
 #include <limits>
 #include <new>
 
-#include "frame/large_pages.h"
+#include "frame/memory.h"
 #include "frame/utf8.h"
 #include "vexqom/error.h"
 
@@ -65,9 +65,8 @@ void fill_value(const Variant& variant, vq_value* out) {
     case VarType::kText: {
       const TextView text = variant.text();
       const size_t size = utf8_size(text);
-      char* utf8 = static_cast<char*>(std::malloc(size + 1));
+      char* utf8 = static_cast<char*>(memory::allocate(size + 1));
       if (utf8 == nullptr) throw std::bad_alloc();
-      prefer_large_pages(utf8, size + 1);
       write_utf8(text, utf8)[0] = '\0';
       out->kind = VQ_TEXT;
       out->text = utf8;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "collections/key_index.h"
+#include "collections/collection_store.h"
 #include "frame/class_info.h"
 #include "vexqom/error.h"
 
@@ -38,45 +38,25 @@ const ClassInfo& Collection::static_class_info() {
   return info;
 }
 
+// The store is made with the first member: many collections (an item's prices before a
+// load fills them) never hold one.
 Collection::Collection() = default;
 
 Collection::~Collection() {
-  // Members are let go in their order, as hosts see them go.
-  for (Slot& slot : slots_) {
-    if (slot.entry) slot.entry->value = Variant();
-  }
+  if (store_) store_->let_go_in_order();
 }
 
-// ---- entries ----
-
-Collection::Entry* Collection::EntryStore::take() {
-  if (free_ != nullptr) return std::exchange(free_, free_->next_free);
-  if (next_ == end_) {
-    constexpr size_t kLargestBlock = 1024;
-    add_block(blocks_.empty() ? 2 * kInline : std::min(2 * (end_ - blocks_.back().get()),
-                                                       static_cast<std::ptrdiff_t>(kLargestBlock)));
-  }
-  return next_++;
+Collection::Store& Collection::store() {
+  if (!store_) store_ = std::make_unique<Store>();
+  return *store_;
 }
 
-void Collection::EntryStore::give_back(Entry* entry) noexcept {
-  const Variant gone = std::move(entry->value);  // released last: its end may run any code
-  entry->value = Variant();
-  entry->folded_key.clear();
-  entry->has_key = false;
-  entry->next_free = std::exchange(free_, entry);
+const Collection::Store& Collection::store() const {
+  static const Store kEmpty;
+  return store_ ? *store_ : kEmpty;
 }
 
-void Collection::EntryStore::reserve(size_t count) {
-  if (count > static_cast<size_t>(end_ - next_)) add_block(count);
-}
-
-void Collection::EntryStore::add_block(size_t count) {
-  auto block = std::make_unique<Entry[]>(count);
-  blocks_.push_back(std::move(block));  // the rest of the current block goes unused
-  next_ = blocks_.back().get();
-  end_ = next_ + count;
-}
+// ---- the surface ----
 
 void Collection::Add(const Variant& Item, const Variant& Key) {
   if (Key.is_empty()) {
@@ -85,81 +65,177 @@ void Collection::Add(const Variant& Item, const Variant& Key) {
   }
   if (!Key.is_text()) throw Error(errc::kTypeMismatch);
   // Unlike add(), an empty Text here is a key like any other.
-  append(Item, fold_case(Key.text()), true);
+  store().append(Item, fold_case(Key.text()), true);
 }
 
 void Collection::add(Variant member, const Text& key) {
   if (key.empty()) {
-    append(std::move(member), Text(), false);
+    store().append(std::move(member), Text(), false);
   } else {
-    append(std::move(member), fold_case(key), true);
+    store().append(std::move(member), fold_case(key), true);
   }
 }
 
+size_t Collection::size() const { return store_ ? store_->size() : 0; }
+
+const Variant& Collection::at(size_t i) const { return store_->at(i); }
+
 void Collection::reserve(size_t count) {
-  slots_.reserve(slots_.size() + count);
-  entries_.reserve(count);
-  if (few_count_ + count > kScannedKeys) {
-    start_index();
-    by_key_->reserve(by_key_->size() + count);
-  }
+  Store& s = store();
+  s.positions.reserve(count);
+  s.entries.reserve(count);
+  s.keys.reserve(s.keys.size() + count);
 }
 
 Variant Collection::Item(const Variant& Index) const {
-  if (Index.is_text()) {
-    // Key lookups go straight through the index.
-    const Entry* found = find_key(fold_case(Index.text()));
-    if (found == nullptr) throw Error(errc::kInvalidProcedureCall);
-    return found->value;
-  }
-  return slots_[slot_of(Index)].entry->value;
+  const Store& s = store();
+  return s.positions.entry_in(s.slot_of(Index))->value;
 }
 
-const Variant* Collection::find(const Variant& index) const {
-  if (!index.is_text()) return nullptr;
-  const Entry* found = find_key(fold_case(index.text()));
+const Variant* Collection::find(const Variant& key) const {
+  if (!key.is_text() || !store_) return nullptr;
+  const CollectionEntry* found = store_->find_key(fold_case(key.text()));
   return found == nullptr ? nullptr : &found->value;
 }
 
-void Collection::Remove(const Variant& Index) { erase_slot(slot_of(Index)); }
+void Collection::Remove(const Variant& Index) {
+  Store& s = store();
+  s.erase_slot(s.slot_of(Index));
+}
 
 Ref<Enumerator> Collection::NewEnum() const {
   std::vector<Variant> members;
-  members.reserve(live_);
-  for (const Slot& slot : slots_) {
-    if (slot.entry) members.push_back(slot.entry->value);
-  }
+  members.reserve(size());
+  for (size_t i = 0; i < size(); ++i) members.push_back(at(i));
   return create<Enumerator>(std::move(members));
 }
 
-// ---- slots ----
+void Collection::clear() {
+  // Taken out first: a member's end may run any code, and finds the collection empty.
+  std::unique_ptr<Store> old = std::move(store_);
+  if (old) old->let_go_in_order();
+}
 
-size_t Collection::slot_of(const Variant& index) const {
+size_t Collection::remove_if(const std::function<bool(const Variant&)>& pred) {
+  if (!store_) return 0;
+  Store& store = *store_;
+  std::vector<CollectionEntry*> gone;
+  // The members removed so far stay removed, also when pred raises; they are let go only
+  // once the collection is consistent again.
+  const auto finish = [&] {
+    store.positions.compact();
+    for (CollectionEntry* entry : gone) {
+      if (entry->has_key) store.keys.erase(entry);
+    }
+    for (CollectionEntry* entry : gone) store.entries.give_back(entry);
+  };
+  try {
+    store.positions.erase_if(pred, gone);
+  } catch (...) {
+    finish();
+    throw;
+  }
+  finish();
+  return gone.size();
+}
+
+// ---- the store ----
+
+void Collection::Store::let_go_in_order() noexcept {
+  for (size_t slot = 0; slot < positions.slots(); ++slot) {
+    if (CollectionEntry* entry = positions.entry_in(slot)) entry->value = Variant();
+  }
+}
+
+size_t Collection::Store::slot_of(const Variant& index) const {
+  const size_t live = positions.live();
   switch (index.type()) {
     case VarType::kText: {
-      const Entry* found = find_key(fold_case(index.text()));
+      const CollectionEntry* found = find_key(fold_case(index.text()));
       if (found == nullptr) throw Error(errc::kInvalidProcedureCall);
       return found->slot;
     }
-    case VarType::kInteger: return slot_at(position_from_number(index.integer(), live_));
-    case VarType::kLong: return slot_at(position_from_number(index.long_value(), live_));
-    case VarType::kDouble: return slot_at(position_from_number(index.dbl(), live_));
+    case VarType::kInteger: return positions.slot_at(position_from_number(index.integer(), live));
+    case VarType::kLong: return positions.slot_at(position_from_number(index.long_value(), live));
+    case VarType::kDouble: return positions.slot_at(position_from_number(index.dbl(), live));
     case VarType::kCurrency:
-      return slot_at(position_from_number(index.currency().to_double(), live_));
-    case VarType::kBoolean: return slot_at(position_from_number(index.boolean() ? -1 : 0, live_));
+      return positions.slot_at(position_from_number(index.currency().to_double(), live));
+    case VarType::kBoolean:
+      return positions.slot_at(position_from_number(index.boolean() ? -1 : 0, live));
     case VarType::kEmpty: throw Error(errc::kInvalidProcedureCall);
     case VarType::kNull: throw Error(errc::kInvalidUseOfNull);
     default: throw Error(errc::kTypeMismatch);
   }
 }
 
-size_t Collection::filled_up_to(size_t count) const {
+void Collection::Store::append(Variant member, Text folded_key, bool has_key) {
+  CollectionEntry* entry = entries.take();
+  entry->value = std::move(member);
+  entry->folded_key = std::move(folded_key);
+  entry->has_key = has_key;
+  bool filed = false;
+  try {
+    if (has_key) {
+      if (!keys.insert(entry)) throw Error(errc::kDuplicateKey);
+      filed = true;
+    }
+    positions.append(entry);
+  } catch (...) {
+    if (filed) keys.erase(entry);
+    entries.give_back(entry);
+    throw;
+  }
+}
+
+void Collection::Store::erase_slot(size_t slot) {
+  // The member is let go only after the collection is consistent again, since its end may
+  // run any code.
+  CollectionEntry* gone = positions.erase(slot);
+  if (gone->has_key) keys.erase(gone);
+  entries.give_back(gone);
+}
+
+// ---- entries ----
+
+CollectionEntry* EntryPool::take() {
+  if (free_ != nullptr) return std::exchange(free_, free_->next_free);
+  if (next_ == end_) {
+    constexpr std::ptrdiff_t kLargestBlock = 1024;
+    add_block(blocks_.empty() ? 2 * kInline
+                              : static_cast<size_t>(std::min(2 * (end_ - blocks_.back().get()),
+                                                             kLargestBlock)));
+  }
+  return next_++;
+}
+
+void EntryPool::give_back(CollectionEntry* entry) noexcept {
+  const Variant gone = std::move(entry->value);  // let go last: its end may run any code
+  entry->value = Variant();
+  entry->folded_key.clear();
+  entry->has_key = false;
+  entry->next_free = std::exchange(free_, entry);
+}
+
+void EntryPool::reserve(size_t count) {
+  if (count > static_cast<size_t>(end_ - next_)) add_block(count);
+}
+
+void EntryPool::add_block(size_t count) {
+  auto block = std::make_unique<CollectionEntry[]>(count);
+  blocks_.push_back(std::move(block));  // the rest of the current block goes unused
+  next_ = blocks_.back().get();
+  end_ = next_ + count;
+}
+
+// ---- positions ----
+
+size_t PositionTree::filled_up_to(size_t count) const {
   size_t sum = 0;
   for (size_t k = count; k > 0; k &= k - 1) sum += slots_[k - 1].filled;
   return sum;
 }
 
-size_t Collection::slot_at_slow(size_t position) const {
+size_t PositionTree::slot_at_slow(size_t position) const {
   // The smallest slot count holding position + 1 filled slots, by binary lifting.
   size_t k = 0;
   size_t left = position + 1;
@@ -174,59 +250,27 @@ size_t Collection::slot_at_slow(size_t position) const {
   return k;  // the slot after the k slots that hold fewer than position + 1 members
 }
 
-// The member goes after the last one; a key already present is refused (457) and the
-// collection stays as it was.
-void Collection::append(Variant member, Text folded_key, bool has_key) {
-  Entry* raw = entries_.take();
-  raw->value = std::move(member);
-  raw->folded_key = std::move(folded_key);
-  raw->has_key = has_key;
-  bool claimed = false;
-  try {
-    claimed = has_key && claim_key(raw);
-    const size_t k = slots_.size() + 1;  // the new slot's 1-based index
-    const size_t low = k & (~k + 1);
-    // The node covers slots k-low+1 .. k: all filled unless a removal left holes there.
-    const size_t covered =
-        live_ == slots_.size() ? low : 1 + filled_up_to(k - 1) - filled_up_to(k - low);
-    raw->slot = slots_.size();
-    if (slots_.empty()) slots_.reserve(4);  // one allocation for a small collection
-    slots_.push_back(Slot{raw, static_cast<uint32_t>(covered)});
-  } catch (...) {
-    if (claimed) by_key_->erase(raw);
-    entries_.give_back(raw);
-    throw;
-  }
+void PositionTree::append(CollectionEntry* entry) {
+  const size_t k = slots_.size() + 1;  // the new slot's 1-based index
+  const size_t low = k & (~k + 1);
+  // The node covers slots k-low+1 .. k: all filled unless a removal left holes there.
+  const size_t covered =
+      live_ == slots_.size() ? low : 1 + filled_up_to(k - 1) - filled_up_to(k - low);
+  if (slots_.empty()) slots_.reserve(4);  // one allocation for a small collection
+  slots_.push_back(Slot{entry, static_cast<uint32_t>(covered)});
+  entry->slot = k - 1;
   ++live_;
-  if (!has_key || claimed) return;
-  try {
-    index_key(raw);
-  } catch (...) {
-    drop_last();  // keep the collection unchanged on failure
-    throw;
-  }
 }
 
-void Collection::drop_last() {
-  // No earlier node of the tree covers the last slot, so dropping it is exact.
-  Entry* gone = slots_.back().entry;
-  slots_.pop_back();
-  --live_;
-  entries_.give_back(gone);
-}
-
-void Collection::erase_slot(size_t slot) {
-  // The member is released only after the collection is consistent again, since its
-  // destructor may run arbitrary code.
-  Entry* gone = std::exchange(slots_[slot].entry, nullptr);
-  forget_key(*gone);
+CollectionEntry* PositionTree::erase(size_t slot) noexcept {
+  CollectionEntry* gone = std::exchange(slots_[slot].entry, nullptr);
   --live_;
   for (size_t k = slot + 1; k <= slots_.size(); k += k & (~k + 1)) --slots_[k - 1].filled;
   if (slots_.size() >= 64 && live_ * 2 < slots_.size()) compact();
-  entries_.give_back(gone);
+  return gone;
 }
 
-void Collection::compact() {
+void PositionTree::compact() noexcept {
   size_t kept = 0;
   for (size_t i = 0; i < slots_.size(); ++i) {
     if (!slots_[i].entry) continue;
@@ -237,62 +281,6 @@ void Collection::compact() {
   slots_.resize(kept);
   for (size_t k = 1; k <= kept; ++k) slots_[k - 1].filled = static_cast<uint32_t>(k & (~k + 1));
   live_ = kept;
-}
-
-Collection::Entry* Collection::find_key(TextView folded_key) const {
-  if (indexed_) {
-    return by_key_->find(folded_key);
-  }
-  for (size_t i = 0; i < few_count_; ++i) {
-    if (few_keys_[i]->folded_key == folded_key) return few_keys_[i];
-  }
-  return nullptr;
-}
-
-bool Collection::claim_key(Entry* entry) {
-  if (!indexed_) {
-    if (find_key(entry->folded_key)) throw Error(errc::kDuplicateKey);
-    return false;
-  }
-  if (!by_key_->insert(entry)) throw Error(errc::kDuplicateKey);
-  return true;
-}
-
-void Collection::start_index() {
-  if (indexed_) return;
-  try {
-    by_key_ = std::make_unique<KeyIndex<Entry>>();
-    for (size_t i = 0; i < few_count_; ++i) by_key_->insert(few_keys_[i]);
-  } catch (...) {
-    by_key_.reset();  // still scanning the few
-    throw;
-  }
-  indexed_ = true;
-  few_count_ = 0;
-}
-
-void Collection::index_key(Entry* entry) {
-  if (!indexed_ && few_count_ < kScannedKeys) {
-    few_keys_[few_count_++] = entry;
-    return;
-  }
-  start_index();
-  by_key_->insert(entry);
-}
-
-void Collection::forget_key(const Entry& e) {
-  if (!e.has_key) return;
-  if (indexed_) {
-    by_key_->erase(&e);
-    return;
-  }
-  for (size_t i = 0; i < few_count_; ++i) {
-    if (few_keys_[i] == &e) {
-      std::copy(few_keys_.begin() + i + 1, few_keys_.begin() + few_count_, few_keys_.begin() + i);
-      --few_count_;
-      return;
-    }
-  }
 }
 
 }  // namespace vexqom

@@ -1,9 +1,8 @@
 #include "vexqom/ICatList.h"
 
 #include "frame/class_info.h"
-#include "frame/procedure.h"
-#include "vexqom/variant.h"
-#include "xml/clsXML.h"
+#include "frame/memory.h"
+#include "records/record_form.h"
 
 namespace vexqom {
 
@@ -21,49 +20,24 @@ const ClassInfo& ICatList::static_class_info() {
   return info;
 }
 
-void ICatList::Clear() {
-  Heading_.clear();
-  ID_ = 0;
+// A whole document, declaration line first; reading and writing share one label on
+// purpose, and the thread's writer switches do not apply.
+template <>
+const RecordForm<ICatList>& XmlForm<ICatList>::form() {
+  using L = ICatList;
+  static const RecordForm<L> f(
+      {.root = u"ICatList", .write_label = u"ICatList | XML", .read_label = u"ICatList | XML",
+       .trace = Trace::Yes, .thread_switches = false, .declaration = true, .close_line = 6,
+       .clear = [](L& l) { l.Clear(); }},
+      {{u"ListID", &L::ID_, 4, 4},  // "2.5" reads as 2 and "3.5" as 4; beyond a Long: 6
+       {u"Heading", &L::Heading_, 5, 5}});
+  return f;
 }
 
-Text ICatList::get_XML() {
-  // Reading and writing share one label on purpose.
-  return run_procedure(errors_, u"ICatList | XML", Trace::Yes, [&](int& line) {
-    line = 1;
-    auto engine = create<clsXML>();
-    line = 2;
-    // Snippet stays off: an entry is a whole document, declaration line included. The
-    // thread's switches do not apply here.
-    engine->put_Compress(true);
-    engine->put_ZeroSuppress(true);
-    line = 3;
-    engine->Add(u"ICatList", Text(), true, false);
-    line = 4;
-    engine->Add(u"ListID", integer_text(ID_));
-    line = 5;
-    engine->Add(u"Heading", Heading_);
-    line = 6;
-    engine->EndGroup();
-    line = 7;
-    return engine->get_XML();
-  });
-}
+void ICatList::Clear() { clear_fields(*this, XmlForm<ICatList>::form()); }
 
-void ICatList::put_XML(const Text& xsVal) {
-  run_procedure(errors_, u"ICatList | XML", Trace::Yes, [&](int& line) {
-    line = 1;
-    Clear();
-    line = 2;
-    if (xsVal.empty()) return;
-    line = 3;
-    auto engine = create<clsXML>();
-    engine->put_XML(xsVal);
-    line = 4;
-    // "2.5" reads as 2 and "3.5" as 4 (halves to even); beyond a Long: overflow.
-    ID_ = round_to_long(leading_number(engine->get_Value(u"ListID", 1)));
-    line = 5;
-    Heading_ = engine->get_Value(u"Heading", 1);
-  });
-}
+Text ICatList::get_XML() { return xml_text(*this, memory::kCollectionRoom); }
+
+void ICatList::put_XML(const Text& xsVal) { XmlForm<ICatList>::read(*this, xsVal); }
 
 }  // namespace vexqom

@@ -1,22 +1,35 @@
 #include "vexqom/ICatListCol.h"
 
-#include "collections/collection_xml.h"
-#include "collections/members.h"
+#include "collections/collection_form.h"
+#include "frame/memory.h"
 #include "frame/class_info.h"
 #include "frame/procedure.h"
 #include "vexqom/variant.h"
-#include "xml/clsXML.h"
 
 namespace vexqom {
 
-namespace {
-
-// AddObject refuses empty references, so every member is an entry.
-Text entry_xml(const Variant& member) {
-  return member_record<ICatList>(member).get_XML();
+// Only positive IDs give a key; of several entries with one ID the first stays. Each
+// entry brings its own declaration line, so the document is not strict XML; the
+// reader finds the entries regardless.
+template <>
+const CollectionForm<ICatListCol, ICatList>& XmlForm<ICatListCol>::form() {
+  using C = ICatListCol;
+  static const CollectionForm<C, ICatList> f{
+      {.root = u"ICatListCol", .member = u"ICatList", .write_label = u"ICatListCol | Get XML",
+       .read_label = u"ICatListCol | Let XML", .trace = Trace::Yes, .thread_switches = false,
+       .observed_as = nullptr, .clear_statements = 2},
+      [](C& c) -> Collection& { return *c.members_; },
+      [](C& c) { return &c.Vehicle_; },
+      nullptr,
+      [](C& c, int& line) {
+        c.members_ = create<Collection>();
+        line = 2;
+        c.Vehicle_ = create<ICatVehicle>();  // the host's vehicle is let go, not refilled
+      },
+      [](ICatList& l) { return l.get_ID() > 0 ? u"I#" + integer_text(l.get_ID()) : Text(); },
+      [](C& c, const Ref<ICatList>& member, const Text& key) { c.AddObject(member, key); }};
+  return f;
 }
-
-}  // namespace
 
 const ClassInfo& ICatListCol::static_class_info() {
   using C = ICatListCol;
@@ -46,50 +59,9 @@ const ClassInfo& ICatListCol::static_class_info() {
 // Creation carries neither trace nor handler.
 ICatListCol::ICatListCol() : members_(create<Collection>()), Vehicle_(create<ICatVehicle>()) {}
 
-Text ICatListCol::get_XML() {
-  return run_procedure(errors_, u"ICatListCol | Get XML", Trace::Yes, [&](int& line) {
-    line = 1;
-    CollectionForm form;
-    form.root = u"ICatListCol";
-    form.compress = true;
-    form.zero_suppress = true;
-    form.with_vehicle = true;
-    form.vehicle = &Vehicle_;
-    // Each entry brings its own declaration line, so the result is not strict XML; the
-    // engine's reader finds the entries regardless.
-    return write_collection_xml(form, *members_, entry_xml, line);
-  });
-}
+Text ICatListCol::get_XML() { return xml_text(*this, memory::kCollectionRoom); }
 
-void ICatListCol::put_XML(const Text& xsXML) {
-  run_procedure(errors_, u"ICatListCol | Let XML", Trace::Yes, [&](int& line) {
-    line = 1;
-    members_ = create<Collection>();
-    line = 2;
-    Vehicle_ = create<ICatVehicle>();  // the host's vehicle is let go, not refilled
-    line = 3;
-    if (xsXML.empty()) return;
-    line = 4;
-    auto engine = create<clsXML>();
-    engine->put_XML(xsXML);
-    line = 5;
-    // "Count" is trusted: exactly that many "ICatList" elements are read by position.
-    const int16_t count = read_member_count(*engine);
-    for (int i = 1; i <= count; ++i) {
-      line = 6;
-      auto entry = create<ICatList>();
-      line = 7;
-      entry->put_XML(engine->get_Block(u"ICatList", static_cast<int16_t>(i)));
-      line = 8;
-      // Only positive IDs give a key; of several entries with one ID the first stays.
-      const Text key = entry->get_ID() > 0 ? u"I#" + integer_text(entry->get_ID()) : Text();
-      line = 9;
-      tolerate_duplicate_key([&] { AddObject(entry, key); });
-    }
-    line = 10;
-    Vehicle_->put_XML(engine->get_Block(u"Vehicle", 1));
-  });
-}
+void ICatListCol::put_XML(const Text& xsXML) { XmlForm<ICatListCol>::read(*this, xsXML); }
 
 Ref<ICatList> ICatListCol::AddObject(const Ref<ICatList>& xoObj, const Text& sKey) {
   return run_procedure(errors_, u"ICatListCol | AddObject", Trace::Yes, [&](int& line) {

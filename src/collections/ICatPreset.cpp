@@ -1,10 +1,8 @@
 #include "vexqom/ICatPreset.h"
 
 #include "frame/class_info.h"
-#include "frame/diagnostics.h"
-#include "frame/document_observer.h"
-#include "frame/procedure.h"
-#include "xml/clsXML.h"
+#include "frame/memory.h"
+#include "records/record_form.h"
 
 namespace vexqom {
 
@@ -23,55 +21,25 @@ const ClassInfo& ICatPreset::static_class_info() {
   return info;
 }
 
-void ICatPreset::Clear() {
-  Category_.clear();
-  Group_.clear();
-  Description_.clear();
+// Reading and writing share one label on purpose. A preset follows the thread's writer
+// switches, alone and inside a collection.
+template <>
+const RecordForm<ICatPreset>& XmlForm<ICatPreset>::form() {
+  using P = ICatPreset;
+  static const RecordForm<P> f(
+      {.root = u"ICatPreset", .write_label = u"ICatPreset | XML", .read_label = u"ICatPreset | XML",
+       .trace = Trace::Yes, .observed_as = "preset", .close_line = 7,
+       .clear = [](P& p) { p.Clear(); }},
+      {{u"Category", &P::Category_, 4, 4},
+       {u"Group", &P::Group_, 5, 5},
+       {u"Description", &P::Description_, 6, 6}});
+  return f;
 }
 
-Text ICatPreset::get_XML() {
-  // Reading and writing share one label on purpose.
-  return run_procedure(errors_, u"ICatPreset | XML", Trace::Yes, [&](int& line) {
-    line = 1;
-    auto engine = create<clsXML>();
-    line = 2;
-    // A preset alone follows the thread's switches; inside a collection too.
-    const diag::ThreadState& switches = diag::thread_state();
-    engine->put_Snippet(true);
-    engine->put_Compress(switches.XMLCompress);
-    engine->put_ZeroSuppress(switches.XMLZeroSuppress);
-    line = 3;
-    engine->Add(u"ICatPreset", Text(), true, false);
-    line = 4;
-    engine->Add(u"Category", Category_);
-    line = 5;
-    engine->Add(u"Group", Group_);
-    line = 6;
-    engine->Add(u"Description", Description_);
-    line = 7;
-    engine->EndGroup();
-    line = 8;
-    return observed_document("preset", engine->get_XML());
-  });
-}
+void ICatPreset::Clear() { clear_fields(*this, XmlForm<ICatPreset>::form()); }
 
-void ICatPreset::put_XML(const Text& xsVal) {
-  run_procedure(errors_, u"ICatPreset | XML", Trace::Yes, [&](int& line) {
-    line = 1;
-    Clear();
-    line = 2;
-    if (xsVal.empty()) return;
-    line = 3;
-    auto engine = create<clsXML>();
-    engine->put_XML(xsVal);
-    // The root element is not checked: any text with these children fills the record.
-    line = 4;
-    Category_ = engine->get_Value(u"Category", 1);
-    line = 5;
-    Group_ = engine->get_Value(u"Group", 1);
-    line = 6;
-    Description_ = engine->get_Value(u"Description", 1);
-  });
-}
+Text ICatPreset::get_XML() { return xml_text(*this, memory::kCollectionRoom); }
+
+void ICatPreset::put_XML(const Text& xsVal) { XmlForm<ICatPreset>::read(*this, xsVal); }
 
 }  // namespace vexqom

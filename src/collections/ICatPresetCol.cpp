@@ -1,22 +1,32 @@
 #include "vexqom/ICatPresetCol.h"
 
-#include "collections/collection_xml.h"
-#include "collections/members.h"
+#include "collections/collection_form.h"
+#include "frame/memory.h"
 #include "frame/class_info.h"
-#include "frame/document_observer.h"
 #include "frame/procedure.h"
-#include "xml/clsXML.h"
 
 namespace vexqom {
 
-namespace {
-
-// AddObject refuses empty references, so every member is a preset.
-Text preset_xml(const Variant& member) {
-  return member_record<ICatPreset>(member).get_XML();
+// Fields joined without separator: A/BC and AB/C collide and the first stays.
+template <>
+const CollectionForm<ICatPresetCol, ICatPreset>& XmlForm<ICatPresetCol>::form() {
+  using C = ICatPresetCol;
+  static const CollectionForm<C, ICatPreset> f{
+      {.root = u"ICatPresetCol", .member = u"ICatPreset", .write_label = u"ICatPresetCol | Get XML",
+       .read_label = u"ICatPresetCol | Let XML", .trace = Trace::Yes, .thread_switches = false,
+       .observed_as = "preset-collection", .clear_statements = 2},
+      [](C& c) -> Collection& { return *c.members_; },
+      [](C& c) { return &c.Vehicle_; },
+      nullptr,
+      [](C& c, int& line) {
+        c.members_ = create<Collection>();
+        line = 2;
+        c.Vehicle_ = create<ICatVehicle>();  // the host's vehicle is let go, not refilled
+      },
+      [](ICatPreset& p) { return p.get_Category() + p.get_Group() + p.get_Description(); },
+      [](C& c, const Ref<ICatPreset>& member, const Text& key) { c.AddObject(member, key); }};
+  return f;
 }
-
-}  // namespace
 
 const ClassInfo& ICatPresetCol::static_class_info() {
   using C = ICatPresetCol;
@@ -49,51 +59,9 @@ const ClassInfo& ICatPresetCol::static_class_info() {
 ICatPresetCol::ICatPresetCol()
     : members_(create<Collection>()), Vehicle_(create<ICatVehicle>()) {}
 
-Text ICatPresetCol::get_XML() {
-  return run_procedure(errors_, u"ICatPresetCol | Get XML", Trace::Yes, [&](int& line) {
-    line = 1;
-    // Fixed settings for the collection; each preset still follows the thread's switches.
-    CollectionForm form;
-    form.root = u"ICatPresetCol";
-    form.compress = true;
-    form.zero_suppress = true;
-    form.with_vehicle = true;
-    form.vehicle = &Vehicle_;
-    return observed_document("preset-collection",
-                             write_collection_xml(form, *members_, preset_xml, line));
-  });
-}
+Text ICatPresetCol::get_XML() { return xml_text(*this, memory::kCollectionRoom); }
 
-void ICatPresetCol::put_XML(const Text& xsXML) {
-  run_procedure(errors_, u"ICatPresetCol | Let XML", Trace::Yes, [&](int& line) {
-    line = 1;
-    members_ = create<Collection>();
-    line = 2;
-    Vehicle_ = create<ICatVehicle>();  // the host's vehicle is let go, not refilled
-    line = 3;
-    if (xsXML.empty()) return;
-    line = 4;
-    auto engine = create<clsXML>();
-    engine->put_XML(xsXML);
-    line = 5;
-    // "Count" is trusted: exactly that many "ICatPreset" elements are read by position.
-    const int16_t count = read_member_count(*engine);
-    for (int i = 1; i <= count; ++i) {
-      line = 6;
-      auto preset = create<ICatPreset>();
-      line = 7;
-      preset->put_XML(engine->get_Block(u"ICatPreset", static_cast<int16_t>(i)));
-      line = 8;
-      // Fields joined without separator: A/BC and AB/C collide and the first stays.
-      const Text key =
-          preset->get_Category() + preset->get_Group() + preset->get_Description();
-      line = 9;
-      tolerate_duplicate_key([&] { AddObject(preset, key); });
-    }
-    line = 10;
-    Vehicle_->put_XML(engine->get_Block(u"Vehicle", 1));
-  });
-}
+void ICatPresetCol::put_XML(const Text& xsXML) { XmlForm<ICatPresetCol>::read(*this, xsXML); }
 
 Ref<ICatPreset> ICatPresetCol::AddObject(const Ref<ICatPreset>& xoObj, const Text& sKey) {
   return run_procedure(errors_, u"ICatPresetCol | AddObject", Trace::Yes, [&](int& line) {

@@ -1,16 +1,37 @@
 #include "vexqom/ICatPriceCol.h"
 
-#include "collections/collection_xml.h"
-#include "collections/members.h"
+#include "collections/collection_form.h"
 #include "frame/class_info.h"
-#include "frame/diagnostics.h"
-#include "frame/document_observer.h"
+#include "frame/memory.h"
 #include "frame/procedure.h"
-#include "xml/block_sequence.h"
-#include "xml/clsXML.h"
-#include "xml/snippet_writer.h"
 
 namespace vexqom {
+
+// Every seller competes for "JOBBER": at most one supplier price survives a rebuild.
+template <>
+const CollectionForm<ICatPriceCol, ICatPrice>& XmlForm<ICatPriceCol>::form() {
+  using C = ICatPriceCol;
+  static const CollectionForm<C, ICatPrice> f{
+      {.root = u"Prices", .member = u"Price", .write_label = u"ICatPriceCol | Get XML",
+       .read_label = u"ICatPriceCol | Let XML", .trace = Trace::Yes,
+       .observed_as = "price-collection"},
+      [](C& c) -> Collection& { return c.require_members(); },
+      nullptr,
+      nullptr,
+      // A new, empty member list: the one this collection holds, emptied, is as good.
+      [](C& c, int&) {
+        if (c.members_) {
+          c.members_->clear();
+        } else {
+          c.members_ = create<Collection>();
+        }
+      },
+      [](ICatPrice& price) {
+        return price.get_SellerID().empty() ? price.get_Location() : Text(u"JOBBER");
+      },
+      [](C& c, const Ref<ICatPrice>& price, const Text& key) { c.Add(price, key); }};
+  return f;
+}
 
 const ClassInfo& ICatPriceCol::static_class_info() {
   using C = ICatPriceCol;
@@ -50,69 +71,9 @@ Collection& ICatPriceCol::require_members() const {
   return *members_;
 }
 
-Text ICatPriceCol::get_XML() {
-  return written_text(kCollectionXmlRoom, [&](std::string& xml) { write_xml(xml); });
-}
+Text ICatPriceCol::get_XML() { return xml_text(*this, memory::kCollectionRoom); }
 
-void ICatPriceCol::write_xml(std::string& target) {
-  run_procedure(errors_, u"ICatPriceCol | Get XML", Trace::Yes, [&](int& line) {
-    line = 1;
-    const Collection& members = require_members();
-    const diag::ThreadState& switches = diag::thread_state();
-    CollectionForm form;
-    form.root = u"Prices";
-    form.compress = switches.XMLCompress;
-    form.zero_suppress = switches.XMLZeroSuppress;
-    const auto write_price = [](const Variant& member, std::string& out) {
-      member_record_strict<ICatPrice>(member).write_xml(out);
-    };
-    const size_t from = target.size();
-    append_collection(target, form, members, write_price, line);
-    observe_bytes_from("price-collection", target, from);
-  });
-}
-
-void ICatPriceCol::put_XML(const Text& xsXML) { load_xml(xsXML); }
-
-void ICatPriceCol::put_XML_bytes(std::string_view xml) { load_xml(xml); }
-
-void ICatPriceCol::renew() {
-  errors_ = ErrorState();
-  renew_members();
-}
-
-void ICatPriceCol::renew_members() {
-  if (members_ && members_->ref_count() == 1 && members_->pristine()) return;
-  members_ = create<Collection>();
-}
-
-template <class Xml>
-void ICatPriceCol::load_xml(const Xml& xsXML) {
-  run_procedure(errors_, u"ICatPriceCol | Let XML", Trace::Yes, [&](int& line) {
-    line = 1;
-    renew_members();
-    line = 2;
-    if (xsXML.empty()) return;
-    line = 3;
-    std::string encoded;
-    const std::string_view text = engine_bytes(xsXML, encoded);
-    line = 4;
-    // "Count" is trusted: exactly that many "Price" elements are read by position.
-    const int16_t count = read_member_count(text);
-    BlockSequence blocks(text, u"Price");
-    for (int i = 1; i <= count; ++i) {
-      line = 5;
-      auto price = create<ICatPrice>();
-      line = 6;
-      price->put_XML_bytes(blocks.get(static_cast<int16_t>(i)));
-      line = 7;
-      // At most one supplier price survives: every seller competes for "JOBBER".
-      const Text key = price->get_SellerID().empty() ? price->get_Location() : Text(u"JOBBER");
-      line = 8;
-      tolerate_duplicate_key([&] { Add(price, key); });
-    }
-  });
-}
+void ICatPriceCol::put_XML(const Text& xsXML) { XmlForm<ICatPriceCol>::read(*this, xsXML); }
 
 Ref<ICatPrice> ICatPriceCol::Add(const Ref<ICatPrice>& xoPrice, const Text& sKey) {
   return run_procedure(errors_, u"ICatPriceCol | Add", Trace::Yes, [&](int& line) {

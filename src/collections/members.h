@@ -1,21 +1,11 @@
 // A catalog collection's members as the records they are.
 #pragma once
 
-#include <typeinfo>
-
 #include "vexqom/error.h"
 #include "vexqom/object.h"
 #include "vexqom/variant.h"
 
 namespace vexqom {
-
-// The object as a Record, or null when it is of another class. An object of class Record
-// itself, the usual case, is recognised without the search of a dynamic_cast.
-template <class Record>
-Record* object_cast(Object* p) noexcept {
-  if (p != nullptr && typeid(*p) == typeid(Record)) return static_cast<Record*>(p);
-  return dynamic_cast<Record*>(p);
-}
 
 // The member as the record class the collection holds; anything else, an empty member
 // included, cannot be read (91).

@@ -3,12 +3,8 @@
 // Like std::vector<char>, but grown with realloc: a large buffer is then moved by the
 // kernel's page remapping instead of copied into fresh memory, so appending to a buffer of
 // many megabytes costs neither the copy nor the page faults of a new block at each
-// doubling.
-//
-// A thread keeps the last large block it released (one, of bounded size) for its next
-// large buffer. Building the same large document again and again otherwise frees and
-// allocates the same block each time, and the allocator hands it back to the kernel in
-// between: every build would fault in fresh pages.
+// doubling. Large blocks follow the memory policy (frame/memory.h): huge pages, and the
+// thread's spare block.
 #pragma once
 
 #include <cstddef>
@@ -16,7 +12,7 @@
 #include <cstring>
 #include <new>
 
-#include "frame/large_pages.h"
+#include "frame/memory.h"
 
 namespace vexqom {
 
@@ -25,7 +21,7 @@ class ByteStorage {
   ByteStorage() = default;
   ByteStorage(const ByteStorage&) = delete;
   ByteStorage& operator=(const ByteStorage&) = delete;
-  ~ByteStorage() { release(bytes_, capacity_); }
+  ~ByteStorage() { memory::keep_spare(bytes_, capacity_); }
 
   char* data() { return bytes_; }
   const char* data() const { return bytes_; }
@@ -39,12 +35,19 @@ class ByteStorage {
 
   void reserve(size_t count) {
     if (count <= capacity_) return;
-    if (take_spare(count)) return;
+    size_t spare_capacity = 0;
+    if (char* spare = memory::take_spare(count, spare_capacity)) {
+      if (size_ > 0) std::memcpy(spare, bytes_, size_);
+      std::free(bytes_);
+      bytes_ = spare;
+      capacity_ = spare_capacity;
+      return;
+    }
     void* grown = std::realloc(bytes_, count);
     if (grown == nullptr) throw std::bad_alloc();
     bytes_ = static_cast<char*>(grown);
     capacity_ = count;
-    prefer_large_pages(bytes_, capacity_);
+    memory::prefer_large_pages(bytes_, capacity_);
   }
 
   // Growing fills the new bytes with zeros.
@@ -61,18 +64,8 @@ class ByteStorage {
     if (count > size_) reserve(count);
     size_ = count;
   }
-  // Blocks from this size up to the largest are kept for the thread's next buffer.
-  static constexpr size_t kSpareMinimum = 64 * 1024;
-  static constexpr size_t kSpareMaximum = 16 * 1024 * 1024;
-  // The size of the block this thread keeps (0 when none).
-  static size_t spare_capacity();
 
  private:
-  // Moves the bytes into the thread's spare block when it holds at least count.
-  bool take_spare(size_t count);
-  // Frees a block, or keeps it as the thread's spare.
-  static void release(char* bytes, size_t capacity);
-
   char* bytes_ = nullptr;
   size_t size_ = 0;
   size_t capacity_ = 0;

@@ -85,11 +85,14 @@ void set_library_file_override(std::string path) {
   library_file_override() = std::move(path);
 }
 
-void reset_thread_state_for_testing() { tls_state = ThreadState(); }
+void reset_thread_state_for_testing() {
+  tls_state = ThreadState();
+  tls_trace_active = false;
+}
 
 void TraceToFile_Set(bool on) {
   tls_state.TraceToFile = on;
-  tls_state.TraceActive = on;
+  tls_trace_active = on;
 }
 
 void LogFiles_Init() {

@@ -8,7 +8,7 @@
 
 #include <string>
 
-#include "frame/procedure.h"
+#include "vexqom/error.h"
 #include "vexqom/text.h"
 
 namespace vexqom::diag {
@@ -17,7 +17,6 @@ struct ThreadState {
   Text ErrorLogPath;
   Text TraceLogPath;
   bool TraceToFile = false;
-  bool TraceActive = false;
   bool error_writer_busy = false;
   bool trace_writer_busy = false;
   bool init_running = false;  // stops a nested LogFiles_Init from recursing
@@ -29,11 +28,17 @@ struct ThreadState {
 
 ThreadState& thread_state();
 
+// The thread's TraceActive switch, kept apart from the rest of the state: every procedure
+// looks at it on entry, and a plain thread-local flag in the static TLS block is one load
+// (no initialisation check, no TLS lookup call).
+inline constinit thread_local bool tls_trace_active
+    __attribute__((tls_model("initial-exec"))) = false;
+inline bool TraceActive() { return tls_trace_active; }
+
 void ErrorLog_Write(Text message);
 void TraceLog_Write(Text message);
 void LogFiles_Init();
 void TraceToFile_Set(bool on);
-inline bool TraceActive() { return thread_state().TraceActive; }
 
 // The library's own file as the platform reports it (dladdr), e.g.
 // "/opt/lib/libvexqom_PLUMEK2.so". Tests may point it elsewhere; the override holds

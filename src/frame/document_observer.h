@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <string>
+#include <string_view>
 
 #include "vexqom/text.h"
 
@@ -20,23 +21,18 @@ void notify_document_observer(DocumentObserver observer, const char* form, const
 // may be called from any thread that writes XML, concurrently.
 DocumentObserver set_document_observer(DocumentObserver observer);
 
-// Hands a finished document to the observer, if any, and passes it through, so a writer
-// can end with `return observed_document("vehicle", engine->get_XML());`.
-inline Text observed_document(const char* form, Text xml) {
+// Hands a finished document to the observer, if any: as Text, or as the code-page bytes
+// it was written in.
+inline void observe_document(const char* form, TextView xml) {
   if (const DocumentObserver observer =
           detail::g_document_observer.load(std::memory_order_acquire)) {
-    detail::notify_document_observer(observer, form, xml);
+    detail::notify_document_observer(observer, form, Text(xml));
   }
-  return xml;
 }
-
-// The same for a document written as code-page bytes at the end of a parent's text, from
-// `from` on; the observer sees it as Text.
-inline void observe_bytes_from(const char* form, const std::string& text, size_t from) {
+inline void observe_bytes(const char* form, std::string_view bytes) {
   if (const DocumentObserver observer =
           detail::g_document_observer.load(std::memory_order_acquire)) {
-    detail::notify_document_observer(observer, form,
-                                     from_code_page(std::string_view(text).substr(from)));
+    detail::notify_document_observer(observer, form, from_code_page(bytes));
   }
 }
 

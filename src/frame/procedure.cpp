@@ -5,9 +5,7 @@
 
 namespace vexqom {
 
-void trace_entry(TextView label) {
-  if (diag::TraceActive()) diag::TraceLog_Write(Text(label));
-}
+void write_trace_entry(TextView label) { diag::TraceLog_Write(Text(label)); }
 
 Text compose_failure_message(TextView label, int32_t number, int line, TextView description) {
   Text message(label);

@@ -17,6 +17,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "frame/diagnostics.h"
 #include "vexqom/error.h"
 #include "vexqom/text.h"
 
@@ -25,7 +26,10 @@ namespace vexqom {
 enum class Trace : bool { No = false, Yes = true };
 
 // Writes the entry trace line when tracing is active on this thread.
-void trace_entry(TextView label);
+void write_trace_entry(TextView label);
+inline void trace_entry(TextView label) {
+  if (diag::TraceActive()) [[unlikely]] write_trace_entry(label);
+}
 
 // The composed message of a handler.
 Text compose_failure_message(TextView label, int32_t number, int line, TextView description);

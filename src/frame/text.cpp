@@ -13,7 +13,7 @@
 #include <string_view>
 
 #include "frame/ascii_runs.h"
-#include "frame/large_pages.h"
+#include "frame/memory.h"
 #include "frame/utf8.h"
 
 namespace vexqom {
@@ -184,8 +184,7 @@ char* put_utf8(char32_t cp, char* out) {
 Text from_utf8(std::string_view utf8) {
   // Never more units than bytes: the text is sized once and cut to what was written.
   Text out;
-  out.reserve(utf8.size());
-  prefer_large_pages(out.data(), out.capacity() * sizeof(char16_t));
+  memory::reserve(out, utf8.size());
   out.resize(utf8.size());
   const auto* p = reinterpret_cast<const unsigned char*>(utf8.data());
   const std::size_t n = utf8.size();
@@ -236,8 +235,7 @@ char* write_utf8(TextView text, char* out) {
 std::string to_utf8(TextView text) {
   std::string out;
   const std::size_t size = utf8_size(text);
-  out.reserve(size);
-  prefer_large_pages(out.data(), out.capacity());
+  memory::reserve(out, size);
   out.resize(size);
   write_utf8(text, out.data());
   return out;

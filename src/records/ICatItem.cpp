@@ -2,10 +2,9 @@
 
 #include <functional>
 
-#include "collections/members.h"
 #include "frame/class_info.h"
-#include "frame/diagnostics.h"
 #include "frame/procedure.h"
+#include "records/record_form.h"
 
 namespace vexqom {
 
@@ -153,15 +152,7 @@ ICatItem::ICatItem() {
 }
 
 ICatItem::~ICatItem() {
-  ignore_errors([&] {
-    // Clear(false) would build a price collection only to drop it again; that is seen
-    // only in the trace lines it writes, so it is built only while tracing is on.
-    if (diag::TraceActive()) {
-      Clear(false);
-    } else {
-      PriceCol_.reset();
-    }
-  });
+  ignore_errors([&] { Clear(false); });
   errors_ = ErrorState();
 }
 
@@ -180,17 +171,19 @@ Variant ICatItem::get_QuantityToOrder(const Text& xsLocation) {
       return Variant(number_via_text(price_at(col, xsLocation)->get_QuantityToOrder()));
     }
     line = 3;
-    const Ref<Collection>& members = col.members();
-    if (!members) throw Error(errc::kObjectNotSet);
+    const int32_t count = col.get_Count();
     // Integer 0 until a record is counted; from then on the sum is a double.
     bool counted = false;
     double total = 0;
-    for (size_t i = 0; i < members->size(); ++i) {
+    for (int32_t i = 1; i <= count; ++i) {
       line = 4;
-      const ICatPrice& price = member_record_strict<ICatPrice>(members->at(i));
-      if (kNotOrderedLocations.find(upper_case(price.Location_)) != TextView::npos) continue;
+      const Ref<ICatPrice> price = col.get_Item(Variant(i));
+      if (!price) throw Error(errc::kObjectNotSet);  // a member added as an empty reference
+      if (kNotOrderedLocations.find(upper_case(price->get_Location())) != TextView::npos) {
+        continue;
+      }
       line = 5;
-      total += number_via_text(price.QuantityToOrder_);
+      total += number_via_text(price->get_QuantityToOrder());
       counted = true;
     }
     line = 6;
@@ -227,7 +220,7 @@ void ICatItem::put_QuantityOnTicket(const Variant& xvVal) {
   });
 }
 
-Variant ICatItem::jobber_amount(Currency (ICatPrice::*amount)() const, const char16_t* label) {
+Variant ICatItem::jobber_amount(Currency (ICatPrice::*amount)() const, TextView label) {
   return run_procedure(errors_, label, Trace::Yes, [&](int& line) -> Variant {
     line = 1;
     ICatPriceCol& col = prices();
@@ -275,33 +268,9 @@ Text ICatItem::UniqueKey() const {
 void ICatItem::Clear(bool xbDestroyObject) {
   run_procedure(errors_, u"ICatItem | Clear", Trace::No, [&](int& line) {
     line = 1;
-    clear_fields(xbDestroyObject);
+    clear_fields(*this, XmlForm<ICatItem>::form());
+    if (!xbDestroyObject) PriceCol_ = create<ICatPriceCol>();
   });
-}
-
-void ICatItem::clear_fields(bool xbDestroyObject) {
-  PriceCol_.reset();
-  WorkGroup_ = 0;
-  GroupNumber_.clear();
-  ItemType_ = vexCatalogItemType::vcit_Part;
-  ItemSource_.clear();
-  ItemStatus_ = Variant(Text());  // empty text, as after an XML load of no status
-  ItemGroup_ = 0;
-  for (Text* field :
-       {&Heading_, &ItemLaborAvailable_, &ManufacturerName_, &LineCode_, &ItemNumber_,
-        &PartTypeCode_, &Description_, &ImageFileName_, &ImageCallOut_, &ImageURLc2c_,
-        &ImageURLalt_, &MediaTagID_, &LaborOperation_, &LaborSkill_, &LaborType_, &YearRange_,
-        &ComponentSide_, &Comment_, &Tag_, &VendorNumberXRef_, &MCLsequence_,
-        &GenericDescription_, &GenericDescriptionID_, &SupplierStockingFlag_,
-        &SupplierMovementFlag_, &SupplierMovementRank_, &SupplierExtendedInfo_}) {
-    field->clear();
-  }
-  QuantityPerCar_ = Currency();
-  LaborRate_ = Currency();
-  LaborHRSnormal_ = Currency();
-  LaborHRSwarranty_ = Currency();
-  LaborHRSsevere_ = Currency();
-  if (!xbDestroyObject) PriceCol_ = create<ICatPriceCol>();
 }
 
 }  // namespace vexqom

@@ -1,30 +1,41 @@
 #include "vexqom/ICatPrice.h"
 
+#include "collections/collection_form.h"
 #include "frame/class_info.h"
-#include "frame/diagnostics.h"
-#include "frame/document_observer.h"
+#include "frame/memory.h"
 #include "frame/procedure.h"
-#include "xml/clsXML.h"
-#include "xml/first_values.h"
-#include "xml/snippet_writer.h"
+#include "records/record_form.h"
 
 namespace vexqom {
 
-namespace {
-
-// Amounts are read with the leading-number parse, so "1,5" stops at the comma.
-Currency amount_from(const Text& text) { return Currency::from_double(leading_number(text)); }
-
-// The elements a price reads from its text.
-const ElementNames& price_elements() {
-  static const ElementNames names{
-      u"Location", u"SellerID", u"DeliveryTime", u"UrgentFlag", u"QtyBuyingInc", u"PackingUnits",
-      u"PackNumUnits", u"WarrantyCode", u"Rank", u"PriceTag", u"Available", u"QuantityToOrder",
-      u"CoreCost", u"CoreList", u"Cost", u"List", u"Sell", u"Margin"};
-  return names;
+// The "Price" element. SellerID is written and read as stored, "#" included or not; the
+// tag goes as "PriceTag", so that it never meets the item's "ItemTag".
+template <>
+const RecordForm<ICatPrice>& XmlForm<ICatPrice>::form() {
+  using P = ICatPrice;
+  static const RecordForm<P> f(
+      {.root = u"Price", .write_label = u"ICatPrice | Get XML", .read_label = u"ICatPrice | Let XML",
+       .observed_as = "price", .close_line = 8, .clear = [](P& p) { p.Clear(); }},
+      {{u"Location", &P::Location_, 4, 4},
+       {u"SellerID", &P::SellerID_, 4, 4},
+       {u"DeliveryTime", &P::DeliveryTime_, 4, 4},
+       {u"UrgentFlag", &P::UrgentFlag_, 4, 5},
+       {u"QtyBuyingInc", &P::QtyBuyingInc_, 4, 6},
+       {u"PackingUnits", &P::PackingUnits_, 4, 6},
+       {u"PackNumUnits", &P::PackNumUnits_, 4, 6},
+       {u"WarrantyCode", &P::WarrantyCode_, 4, 6},
+       {u"Rank", &P::Rank_, 4, 6},
+       {u"PriceTag", &P::Tag_, 4, 6},
+       {u"Available", &P::Available_, 5, 7},
+       {u"QuantityToOrder", &P::QuantityToOrder_, 6, 7},
+       {u"CoreCost", &P::CoreCost_, 7, 8},
+       {u"CoreList", &P::CoreList_, 7, 9},
+       {u"Cost", &P::Cost_, 7, 10},
+       {u"List", &P::List_, 7, 11},
+       {u"Sell", &P::Sell_, 7, 12},
+       {u"Margin", &P::Margin_, 7, 13}});
+  return f;
 }
-
-}  // namespace
 
 const ClassInfo& ICatPrice::static_class_info() {
   using C = ICatPrice;
@@ -94,117 +105,12 @@ Text ICatPrice::get_SellerID() const {
 void ICatPrice::Clear() {
   run_procedure(errors_, u"ICatPrice | Clear", Trace::No, [&](int& line) {
     line = 1;
-    clear_fields();
+    clear_fields(*this, XmlForm<ICatPrice>::form());
   });
 }
 
-void ICatPrice::clear_fields() {
-  Location_.clear();
-  SellerID_.clear();
-  DeliveryTime_.clear();
-  UrgentFlag_ = false;
-  QtyBuyingInc_.clear();
-  PackingUnits_.clear();
-  PackNumUnits_.clear();
-  WarrantyCode_.clear();
-  Rank_.clear();
-  Tag_.clear();
-  // Empty text, not the empty Variant: readers see the same kind as after an XML load.
-  Available_ = Variant(Text());
-  QuantityToOrder_ = Variant(Text());
-  CoreCost_ = Currency();
-  CoreList_ = Currency();
-  Cost_ = Currency();
-  List_ = Currency();
-  Sell_ = Currency();
-  Margin_ = Currency();
-}
+Text ICatPrice::get_XML() { return xml_text(*this, memory::kRecordRoom); }
 
-Text ICatPrice::get_XML() {
-  return written_text(512, [&](std::string& xml) { write_xml(xml); });  // the usual price
-}
-
-void ICatPrice::write_xml(std::string& target) {
-  run_procedure(errors_, u"ICatPrice | Get XML", Trace::No, [&](int& line) {
-    line = 1;
-    const diag::ThreadState& switches = diag::thread_state();
-    line = 2;
-    const size_t from = target.size();
-    SnippetWriter out(target, switches.XMLCompress, switches.XMLZeroSuppress);
-    line = 3;
-    out.open(u"Price");
-    line = 4;
-    out.add(u"Location", Location_);
-    out.add(u"SellerID", SellerID_);  // the stored text, "#" included
-    out.add(u"DeliveryTime", DeliveryTime_);
-    out.add(u"UrgentFlag", boolean_text(UrgentFlag_));
-    out.add(u"QtyBuyingInc", QtyBuyingInc_);
-    out.add(u"PackingUnits", PackingUnits_);
-    out.add(u"PackNumUnits", PackNumUnits_);
-    out.add(u"WarrantyCode", WarrantyCode_);
-    out.add(u"Rank", Rank_);
-    out.add(u"PriceTag", Tag_);
-    line = 5;
-    out.add(u"Available", to_text(Available_));
-    line = 6;
-    out.add(u"QuantityToOrder", to_text(QuantityToOrder_));
-    line = 7;
-    out.add(u"CoreCost", CoreCost_);
-    out.add(u"CoreList", CoreList_);
-    out.add(u"Cost", Cost_);
-    out.add(u"List", List_);
-    out.add(u"Sell", Sell_);
-    out.add(u"Margin", Margin_);
-    line = 8;
-    out.close();
-    line = 9;
-    observe_bytes_from("price", target, from);
-  });
-}
-
-void ICatPrice::put_XML(const Text& xsXML) { load_xml(xsXML); }
-
-void ICatPrice::put_XML_bytes(std::string_view xml) { load_xml(xml); }
-
-template <class Xml>
-void ICatPrice::load_xml(const Xml& xsXML) {
-  run_procedure(errors_, u"ICatPrice | Let XML", Trace::No, [&](int& line) {
-    line = 1;
-    Clear();
-    line = 2;
-    if (xsXML.empty()) return;
-    line = 3;
-    std::string encoded;
-    const FirstValues values(engine_bytes(xsXML, encoded), price_elements());
-    line = 4;
-    Location_ = values.get(u"Location");
-    SellerID_ = values.get(u"SellerID");  // unchanged, with or without "#"
-    DeliveryTime_ = values.get(u"DeliveryTime");
-    line = 5;
-    UrgentFlag_ = upper_case(values.get(u"UrgentFlag")) == u"TRUE";
-    line = 6;
-    QtyBuyingInc_ = values.get(u"QtyBuyingInc");
-    PackingUnits_ = values.get(u"PackingUnits");
-    PackNumUnits_ = values.get(u"PackNumUnits");
-    WarrantyCode_ = values.get(u"WarrantyCode");
-    Rank_ = values.get(u"Rank");
-    Tag_ = values.get(u"PriceTag");
-    line = 7;
-    Available_ = Variant(values.get(u"Available"));
-    QuantityToOrder_ = Variant(values.get(u"QuantityToOrder"));
-    line = 8;
-    CoreCost_ = amount_from(values.get(u"CoreCost"));
-    line = 9;
-    CoreList_ = amount_from(values.get(u"CoreList"));
-    line = 10;
-    Cost_ = amount_from(values.get(u"Cost"));
-    line = 11;
-    List_ = amount_from(values.get(u"List"));
-    line = 12;
-    Sell_ = amount_from(values.get(u"Sell"));
-    line = 13;
-    Margin_ = amount_from(values.get(u"Margin"));
-  });
-}
+void ICatPrice::put_XML(const Text& xsXML) { XmlForm<ICatPrice>::read(*this, xsXML); }
 
 }  // namespace vexqom

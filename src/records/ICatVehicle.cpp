@@ -2,6 +2,7 @@
 
 #include "frame/class_info.h"
 #include "frame/procedure.h"
+#include "records/record_form.h"
 
 namespace vexqom {
 
@@ -50,16 +51,6 @@ Text ICatVehicle::get_Description() const {
   return Year_ + u" " + Make_ + u" " + Model_ + u" " + Engine_;
 }
 
-void ICatVehicle::Clear() {
-  AAIA_.clear();
-  Year_.clear();
-  Make_.clear();
-  Model_.clear();
-  Engine_.clear();
-  VIN_.clear();
-  Plate_.clear();
-  Description_.clear();
-  CurrentMileage_.clear();
-}
+void ICatVehicle::Clear() { clear_fields(*this, XmlForm<ICatVehicle>::form()); }
 
 }  // namespace vexqom

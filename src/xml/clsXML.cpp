@@ -9,14 +9,12 @@
 #include <limits>
 #include <utility>
 
-#include "frame/ascii_runs.h"
 #include "frame/class_info.h"
 #include "frame/procedure.h"
 #include "frame/text_procedures.h"
-#include "xml/byte_search.h"
-#include "xml/element_bytes.h"
-#include "xml/pattern_index.h"
 #include "vexqom/variant.h"
+#include "xml/element_writer.h"
+#include "xml/entities.h"
 
 namespace vexqom {
 
@@ -90,9 +88,7 @@ void clsXML::Clear(bool xbDestroyObject) {
     line = 1;
     buffer_.reset();
     groups_.reset();
-    // A new buffer starts its generations afresh.
-    if (learnt_) learnt_->forget();
-    searches_ = 0;
+    reader_.forget_text();  // a new buffer starts its generations afresh
     line = 2;
     loaded_ = false;
     version_.clear();
@@ -122,11 +118,6 @@ void clsXML::Clear(bool xbDestroyObject) {
       line = 7;
       buffer_ = create<CString>();
       groups_.emplace();
-      line = 8;
-      value_memory_.position = 0;
-      value_memory_.element = 0;
-      block_memory_.position = 0;
-      block_memory_.element = 0;
     }
   });
 }
@@ -180,66 +171,10 @@ std::vector<Text>& clsXML::group_stack() {
   return *groups_;
 }
 
-std::string clsXML::code_page_bytes(const Text& text) { return to_code_page(text); }
-
-namespace {
-
-// Where a pattern of size bytes is built: in place when it fits, otherwise in spill.
-char* pattern_room(char* in_place, size_t capacity, std::string& spill, size_t size) {
-  if (size <= capacity) return in_place;
-  spill.resize(size);
-  return spill.data();
-}
-
-}  // namespace
-
-void clsXML::TagPatterns::set(TextView tag) {
-  const size_t n = tag.size();
-  char* a = pattern_room(start_bytes_, sizeof start_bytes_, long_start_, n + 2);
-  a[0] = '<';
-  // Tag names are short and ASCII: narrowed here without the general conversion's call.
-  const size_t ascii = narrow_ascii_run(tag.data(), n, a + 1);
-  if (ascii < n) encode_code_page(tag.substr(ascii), a + 1 + ascii);
-  a[n + 1] = '>';
-  start = std::string_view(a, n + 2);
-  name = start.substr(1, n);
-  end_.reset();
-}
-
-std::string_view clsXML::TagPatterns::end() {
-  if (end_) return *end_;
-  const size_t n = name.size();
-  char* b = pattern_room(end_bytes_, sizeof end_bytes_, long_end_, n + 3);
-  b[0] = '<';
-  b[1] = '/';
-  std::memcpy(b + 2, name.data(), n);
-  b[n + 2] = '>';
-  return *(end_ = std::string_view(b, n + 3));
-}
-
-bool looks_like_xml(TextView text) { return is_markup(text); }
-
-Text clsXML::unescaped_value(std::string_view bytes) {
-  Text value = from_code_page(bytes);
-  if (bytes.find('&') == std::string_view::npos) return value;
-  return UnescapeText(value);
-}
-
-Text clsXML::value_text(std::string_view between_tags) {
-  return unescaped_value(trim_byte_blanks(between_tags));
-}
-
-Text clsXML::LineBreak() const { return formatted_ ? Text(u"\r\n") : Text(); }
-
-// A level below 1 (a Level set low, groups closed beyond it) gives a negative count:
-// no blanks rather than a failure.
-Text clsXML::IndentText(int16_t count) const {
-  if (!formatted_ || count <= 0) return Text();
-  return Text(static_cast<size_t>(count), u' ');
-}
-
-Text clsXML::indentation_for_level(int16_t level) const {
-  return IndentText(checked16(int32_t{checked16(int32_t{level} - 1)} * indent_));
+TagReader& clsXML::reader() {
+  const CString& buf = buffer();
+  reader_.look_at(buf.bytes(), buf.generation());
+  return reader_;
 }
 
 size_t clsXML::indentation_width(int16_t level) const {
@@ -257,76 +192,10 @@ void clsXML::close_innermost_group(int16_t indent_level) {
   append_indentation(out, indent_level);
   std::vector<Text>& groups = group_stack();
   if (groups.empty()) throw Error(errc::kInvalidProcedureCall);  // no such list entry
-  out += "</";
-  append_code_page(out, groups.back());
-  out += '>';
+  Element{groups.back(), TextView(), false, Element::kEnd}.append_to(out);
   if (formatted_) out += kCrLf;
   buf.AppendBytes(out);
   groups.pop_back();
-}
-
-void clsXML::forget_search_memories() {
-  value_memory_.position = 0;
-  value_memory_.element = 0;
-  block_memory_.position = 0;
-  block_memory_.element = 0;
-}
-
-void clsXML::LearntPositions::forget() {
-  value_end_tags.valid = false;
-  block_end_tags.valid = false;
-  edit_end_tags.valid = false;
-  value_start.forget();
-  value_end.forget();
-  block_start.forget();
-  block_end.forget();
-  tag_filter.forget();
-}
-
-clsXML::LearntPositions& clsXML::learnt() {
-  if (!learnt_) learnt_ = std::make_unique<LearntPositions>();
-  return *learnt_;
-}
-
-bool clsXML::may_hold(std::string_view text, std::string_view pattern) {
-  if (text.size() < kTagFilterMinimum) return true;
-  const uint64_t generation = buffer_->generation();
-  if (!learnt_ || !learnt_->tag_filter.built_for(generation)) {
-    if (searched_generation_ != generation) {
-      searched_generation_ = generation;
-      searches_ = 0;
-    }
-    if (++searches_ < kSearchesBeforeTagFilter) return true;
-    learnt().tag_filter.build(text, generation);
-  }
-  return learnt_->tag_filter.may_hold(pattern);
-}
-
-size_t clsXML::skip_end_tags(std::string_view text, std::string_view end_tag, int16_t element,
-                             EndTagIndex LearntPositions::*which) {
-  if (element <= 1) return 0;
-  EndTagIndex& index = learnt().*which;
-  const uint64_t generation = buffer().generation();
-  if (!index.valid || index.generation != generation || index.pattern != end_tag) {
-    index.valid = true;
-    index.generation = generation;
-    index.pattern.assign(end_tag);
-    index.after.clear();
-    index.scanned = 0;
-    index.exhausted = false;
-  }
-  const size_t wanted = static_cast<size_t>(element) - 1;
-  while (index.after.size() < wanted && !index.exhausted) {
-    const size_t found = find_bytes(text, end_tag, index.scanned);
-    if (found == std::string_view::npos) {
-      index.exhausted = true;
-      break;
-    }
-    index.scanned = found + end_tag.size();
-    index.after.push_back(static_cast<uint32_t>(index.scanned));
-  }
-  if (index.after.size() < wanted) return 0;  // too few: start over at the top
-  return index.after[wanted - 1];
 }
 
 void clsXML::replace_span(size_t from, size_t to, std::string_view replacement) {
@@ -351,8 +220,7 @@ void clsXML::replace_span(size_t from, size_t to, std::string_view replacement) 
 void clsXML::put_XML(const Text& xsXML) {
   if (!buffer_) buffer_ = create<CString>();
   buffer_->put_Value(xsXML);
-  value_memory_ = SearchMemory{};
-  block_memory_ = SearchMemory{};
+  reader_.forget_positions();
   loaded_ = true;
 }
 
@@ -411,7 +279,8 @@ void clsXML::Add(TextView xsTagNam, TextView xsStrVal, bool xbNewGroup, bool xbE
     const size_t indent = indentation_width(level_);
     line = 7;
     // The element is written straight into the buffer: its size is known beforehand.
-    const ElementBytes element{xsTagNam, xsStrVal, validate_ && !is_markup(xsStrVal), xbNewGroup};
+    const Element element{xsTagNam, xsStrVal, validate_ && !is_markup(xsStrVal),
+                          xbNewGroup ? Element::kStart : Element::kWhole};
     const size_t size = indent + element.size() + (formatted_ ? 2 : 0);
     line = 8;
     char* out = buf.AppendSpace(size);
@@ -465,171 +334,28 @@ void clsXML::Comment(const Text& xsComment) {
 // ---------------------------------------------------------------------------
 // Escaping
 
-Text clsXML::EscapeValue(const Text& text) {
-  if (looks_like_xml(text)) return text;
-  size_t first = text.find_first_of(u"&<>'\"");
-  if (first == Text::npos) return text;
-  Text out(text, 0, first);
-  out.reserve(text.size() + 16);
-  for (size_t i = first; i < text.size(); ++i) {
-    const char16_t c = text[i];
-    const char* entity = c < 0x80 ? entity_for(static_cast<char>(c)) : nullptr;
-    if (entity) {
-      for (const char* p = entity; *p; ++p) out += static_cast<char16_t>(*p);
-    } else {
-      out += c;
-    }
-  }
-  return out;
-}
+Text clsXML::EscapeValue(const Text& text) { return escape_value(text); }
 
-Text clsXML::GetFieldValue(const Text& xsXMLfield) {
-  size_t amp = xsXMLfield.find(u'&');
-  if (amp == Text::npos) return xsXMLfield;
-  // The five references replaced one after the other, ampersands last ("&amp;lt;" gives
-  // "&lt;"), in one pass: references cannot overlap, and a replacement never forms or
-  // breaks another one, so each is replaced where the text holds it and nothing more.
-  static constexpr std::pair<TextView, char16_t> kReferences[] = {
-      {u"&lt;", u'<'}, {u"&gt;", u'>'}, {u"&apos;", u'\''}, {u"&quot;", u'"'}, {u"&amp;", u'&'}};
-  const TextView in = xsXMLfield;
-  Text out;
-  out.reserve(in.size());
-  size_t from = 0;
-  while (amp != TextView::npos) {
-    out.append(in.substr(from, amp - from));
-    from = amp + 1;
-    char16_t replaced = u'&';
-    for (const auto& [reference, character] : kReferences) {
-      if (in.substr(amp, reference.size()) == reference) {
-        replaced = character;
-        from = amp + reference.size();
-        break;
-      }
-    }
-    out += replaced;
-    amp = in.find(u'&', from);
-  }
-  out.append(in.substr(from));
-  return out;
-}
+Text clsXML::GetFieldValue(const Text& xsXMLfield) { return replace_entities(xsXMLfield); }
 
 Text clsXML::UnescapeText(const Text& text) {
-  if (looks_like_xml(text)) return text;
-  return GetFieldValue(text);
+  return is_markup(text) ? text : replace_entities(text);
 }
 
 // ---------------------------------------------------------------------------
 // Readers
 
 Text clsXML::get_Value(TextView xsTagName, int16_t xiElement) {
-  return run_procedure(errors_, u"clsXML | Get Value", Trace::Yes, [&](int& line) -> Text {
+  return run_procedure(errors_, u"clsXML | Get Value", Trace::Yes, [&](int& line) {
     line = 1;
-    const std::string_view text = buffer().bytes();
-    if (text.empty() || xsTagName.empty()) return Text();
-    line = 2;
-    TagPatterns& tag = value_patterns_;
-    tag.set(xsTagName);
-    line = 3;
-    size_t from = 0;
-    if (value_memory_.tag == tag.name && value_memory_.element == int32_t{xiElement} - 1 &&
-        value_memory_.position > 0) {
-      from = static_cast<size_t>(value_memory_.position) - 1;
-    } else {
-      line = 4;
-      if (xiElement > 1) {  // the first element needs no end tag counted
-        from = skip_end_tags(text, tag.end(), xiElement, &LearntPositions::value_end_tags);
-      }
-    }
-    line = 5;
-    value_memory_.position = 0;
-    line = 6;
-    const size_t s = search(text, tag.start, from, &LearntPositions::value_start);
-    if (s == std::string_view::npos) return Text();
-    const size_t value_begin = s + tag.start.size();
-    line = 7;
-    const size_t e = search(text, tag.end(), value_begin, &LearntPositions::value_end);
-    if (e == std::string_view::npos) return Text();
-    line = 8;
-    value_memory_.position = static_cast<int32_t>(e + tag.end().size() + 1);
-    value_memory_.element = xiElement;
-    value_memory_.tag = tag.name;
-    line = 9;
-    return value_text(text.substr(value_begin, e - value_begin));
+    return reader().value(xsTagName, xiElement);
   });
 }
 
 Text clsXML::get_Block(TextView xsTagName, int16_t xiElement) {
-  return from_code_page(get_Block_bytes(xsTagName, xiElement));
-}
-
-std::string_view engine_bytes(const Text& xml, std::string& storage) {
-  if (xml.size() > static_cast<size_t>(INT32_MAX)) throw Error(errc::kOverflow);
-  storage = to_code_page(xml);
-  return storage;
-}
-
-std::string_view engine_bytes(std::string_view xml, std::string&) {
-  if (xml.size() > static_cast<size_t>(INT32_MAX)) throw Error(errc::kOverflow);
-  return xml;
-}
-
-std::string_view clsXML::get_Block_bytes(TextView xsTagName, int16_t xiElement) {
-  using Bytes = std::string_view;
-  return run_procedure(errors_, u"clsXML | Get Block", Trace::No, [&](int& line) -> Bytes {
+  return run_procedure(errors_, u"clsXML | Get Block", Trace::No, [&](int& line) {
     line = 1;
-    const std::string_view text = buffer().bytes();
-    if (text.empty() || xsTagName.empty()) return Bytes();
-    line = 2;
-    TagPatterns& tag = block_patterns_;
-    tag.set(xsTagName);
-    const std::string_view name = tag.name;
-    std::string start;
-    std::string end;
-    size_t from = 0;
-    const bool remembered = block_memory_.tag == name &&
-                            block_memory_.element == int32_t{xiElement} - 1 &&
-                            block_memory_.position > 0;
-    if (remembered) {
-      line = 3;
-      start = block_memory_.start_pattern;
-      end = block_memory_.end_pattern;
-      from = static_cast<size_t>(block_memory_.position) - 1;
-    } else {
-      line = 4;
-      start = tag.start;
-      end = tag.end();
-      from = skip_end_tags(text, end, xiElement, &LearntPositions::block_end_tags);
-    }
-    line = 5;
-    block_memory_.position = 0;
-    size_t s = search(text, start, from, &LearntPositions::block_start);
-    line = 6;
-    if (s == std::string_view::npos) {
-      if (remembered) return Bytes();
-      line = 7;
-      start.assign("<").append(name).append(" ");  // a start tag with attributes
-      s = find_bytes(text, start, from);
-      if (s == std::string_view::npos) return Bytes();
-    }
-    line = 8;
-    size_t e = search(text, end, s, &LearntPositions::block_end);
-    line = 9;
-    if (e == std::string_view::npos) {
-      if (remembered) return Bytes();
-      line = 10;
-      end = "/>";  // an empty-element tag
-      e = find_bytes(text, end, s);
-      if (e == std::string_view::npos) return Bytes();
-    }
-    line = 11;
-    const size_t after = e + end.size();
-    block_memory_.position = static_cast<int32_t>(after + 1);
-    block_memory_.element = xiElement;
-    block_memory_.tag = name;
-    block_memory_.start_pattern = std::move(start);
-    block_memory_.end_pattern = std::move(end);
-    line = 12;
-    return trim_byte_blanks(text.substr(s, after - s));
+    return from_code_page(reader().block(xsTagName, xiElement));
   });
 }
 

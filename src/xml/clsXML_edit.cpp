@@ -6,6 +6,7 @@
 #include "frame/text_procedures.h"
 #include "xml/byte_search.h"
 #include "xml/clsXML.h"
+#include "xml/entities.h"
 
 namespace vexqom {
 
@@ -84,7 +85,7 @@ Text clsXML::get_Attrib(const Text& xsTag, const Text& xsAttr) {
     const StartTag tag = locate_start_tag(text, tag_opening(xsTag));
     if (tag.begin == npos) return Text();
     line = 3;
-    const std::string assign = code_page_bytes(xsAttr) + "=";
+    const std::string assign = to_code_page(xsAttr) + "=";
     const size_t a = text.find(assign, tag.begin);
     if (a == npos || a > tag.end) return Text();
     line = 4;
@@ -106,7 +107,7 @@ void clsXML::put_Attrib(const Text& xsTag, const Text& xsAttr, const Text& xsVal
     const StartTag tag = locate_start_tag(text, tag_opening(xsTag));
     if (tag.begin == npos) return;
     line = 3;
-    const std::string assign = code_page_bytes(xsAttr) + "=";
+    const std::string assign = to_code_page(xsAttr) + "=";
     const size_t a = text.find(assign, tag.begin);
     if (a != npos && a > tag.end) return;
     if (a != npos) {
@@ -117,7 +118,7 @@ void clsXML::put_Attrib(const Text& xsTag, const Text& xsAttr, const Text& xsVal
       if (close == npos || close > tag.end) return;
       line = 5;
       // The quotation marks stay as they were; only the text between them changes.
-      replace_span(open + 1, close, code_page_bytes(EscapeValue(xsValue)));
+      replace_span(open + 1, close, to_code_page(EscapeValue(xsValue)));
     } else {
       line = 6;
       // Inserted before "/>" or ">", so an empty-element tag stays one.
@@ -127,53 +128,36 @@ void clsXML::put_Attrib(const Text& xsTag, const Text& xsAttr, const Text& xsVal
       replace_span(tag.end, tag.end, inserted);
     }
     line = 8;
-    forget_search_memories();
+    reader_.forget_positions();
+  });
+}
+
+// Block let and Value let: the numbered element, or only its value, replaced.
+void clsXML::replace_element(TextView label, const Text& xsTagName, int16_t xiElement,
+                             bool value_only, const Text& replacement) {
+  run_procedure(errors_, label, Trace::No, [&](int& line) {
+    line = 1;
+    if (buffer().bytes().empty() || xsTagName.empty()) return;
+    line = 2;
+    const std::string name = to_code_page(xsTagName);
+    line = 3;
+    const std::optional<TagReader::Span> span = reader().element(name, xiElement);
+    if (!span) return;
+    line = 4;
+    replace_span(value_only ? span->value : span->start, value_only ? span->end : span->after,
+                 to_code_page(replacement));
+    line = 5;
+    reader_.forget_positions();
   });
 }
 
 void clsXML::put_Block(const Text& xsTagName, int16_t xiElement, const Text& xsBlock) {
-  run_procedure(errors_, u"clsXML | Let Block", Trace::No, [&](int& line) {
-    line = 1;
-    const std::string_view text = buffer().bytes();
-    if (text.empty() || xsTagName.empty()) return;
-    line = 2;
-    const std::string name = code_page_bytes(xsTagName);
-    const std::string start = "<" + name + ">";
-    const std::string end = "</" + name + ">";
-    line = 3;
-    const size_t from = skip_end_tags(text, end, xiElement, &LearntPositions::edit_end_tags);
-    const size_t s = find_bytes(text, start, from);
-    if (s == npos) return;
-    const size_t e = find_bytes(text, end, s);
-    if (e == npos) return;
-    line = 4;
-    replace_span(s, e + end.size(), code_page_bytes(xsBlock));
-    line = 5;
-    forget_search_memories();
-  });
+  replace_element(u"clsXML | Let Block", xsTagName, xiElement, false, xsBlock);
 }
 
 void clsXML::put_Value(const Text& xsTagName, int16_t xiElement, const Text& xsValue) {
-  run_procedure(errors_, u"clsXML | Let Value", Trace::No, [&](int& line) {
-    line = 1;
-    const std::string_view text = buffer().bytes();
-    if (text.empty() || xsTagName.empty()) return;
-    line = 2;
-    const std::string name = code_page_bytes(xsTagName);
-    const std::string start = "<" + name + ">";
-    const std::string end = "</" + name + ">";
-    line = 3;
-    const size_t from = skip_end_tags(text, end, xiElement, &LearntPositions::edit_end_tags);
-    const size_t s = find_bytes(text, start, from);
-    if (s == npos) return;
-    const size_t e = find_bytes(text, end, s);
-    if (e == npos) return;
-    line = 4;
-    // Escaped always, whatever validate says.
-    replace_span(s + start.size(), e, code_page_bytes(EscapeValue(xsValue)));
-    line = 5;
-    forget_search_memories();
-  });
+  // Escaped always, whatever validate says.
+  replace_element(u"clsXML | Let Value", xsTagName, xiElement, true, EscapeValue(xsValue));
 }
 
 }  // namespace vexqom

@@ -75,8 +75,7 @@ void clsXML::XMLFileRead(const Text& fileName) {
     formatted_ = true;
     line = 4;
     // As after an assignment to XML: nothing read before applies to the new text.
-    value_memory_ = SearchMemory{};
-    block_memory_ = SearchMemory{};
+    reader_.forget_text();  // a new buffer starts its generations afresh
     line = 5;
     const Text name = with_xml_extension(fileName);
     line = 6;

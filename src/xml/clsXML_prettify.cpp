@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "frame/large_pages.h"
+#include "frame/memory.h"
 #include "frame/procedure.h"
 #include "frame/text_procedures.h"
 #include "xml/clsXML.h"
@@ -155,8 +155,7 @@ Text clsXML::Prettify(const std::optional<Text>& xsXML) {
     line = 3;
     // Room for the source and its line breaks and indentation, taken once.
     Text output;
-    output.reserve(source.size() + source.size() / 2);
-    prefer_large_pages(output.data(), output.capacity() * sizeof(char16_t));
+    memory::reserve(output, source.size() + source.size() / 2);
     line = 4;
     if (DomNode doctype = document->doctype()) {
       line = 5;

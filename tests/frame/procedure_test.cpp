@@ -195,10 +195,10 @@ TEST(DiagnosticState, EachThreadStartsWithItsOwnPathsAndSwitches) {
   for (int t = 0; t < kThreads; ++t) {
     threads.emplace_back([&, t] {
       const diag::ThreadState& st = diag::thread_state();
-      fresh[t] = st.ErrorLogPath.empty() && st.TraceLogPath.empty() && !st.TraceActive &&
+      fresh[t] = st.ErrorLogPath.empty() && st.TraceLogPath.empty() && !diag::TraceActive() &&
                  !st.TraceToFile && !st.XMLCompress && !st.XMLZeroSuppress;
       diag::ErrorLog_Write(u"worker error");
-      initialised[t] = !st.ErrorLogPath.empty() && st.TraceActive;
+      initialised[t] = !st.ErrorLogPath.empty() && diag::TraceActive();
     });
   }
   for (auto& th : threads) th.join();
