@@ -205,17 +205,22 @@ void ICatItemCol::Clear(bool xbDestroyObject) {
   });
 }
 
-Currency ICatItemCol::ItemsSelectedCount() {
-  return run_procedure(errors_, u"ICatItemCol | ItemsSelectedCount", Trace::Yes, [&](int& line) {
+namespace {
+
+// The sum over the items flagged to order, each added by term(sum, item); members() gives
+// the member list (91 without one).
+template <class Members, class Term>
+Currency sum_flagged(ErrorState& errors, TextView label, Members&& members, Term&& term) {
+  return run_procedure(errors, label, Trace::Yes, [&](int& line) {
     line = 2;
     Currency sum;
-    const Collection& members = require_members();
-    for (size_t i = 0; i < members.size(); ++i) {
+    const Collection& list = members();
+    for (size_t i = 0; i < list.size(); ++i) {
       line = 3;
-      ICatItem& item = member_record<ICatItem>(members.at(i));
+      ICatItem& item = member_record<ICatItem>(list.at(i));
       if (item.FlaggedToOrder()) {
         line = 4;
-        sum = add_to_sum(sum, item.get_QuantityToOrder());
+        sum = term(sum, item);
       }
     }
     line = 5;
@@ -223,26 +228,24 @@ Currency ICatItemCol::ItemsSelectedCount() {
   });
 }
 
+}  // namespace
+
+Currency ICatItemCol::ItemsSelectedCount() {
+  return sum_flagged(
+      errors_, u"ICatItemCol | ItemsSelectedCount", [&]() -> auto& { return require_members(); },
+      [](Currency sum, ICatItem& item) { return add_to_sum(sum, item.get_QuantityToOrder()); });
+}
+
 Currency ICatItemCol::ItemsSelectedCost() {
-  return run_procedure(errors_, u"ICatItemCol | ItemsSelectedCost", Trace::Yes, [&](int& line) {
-    line = 2;
-    Currency sum;
-    const Collection& members = require_members();
-    for (size_t i = 0; i < members.size(); ++i) {
-      line = 3;
-      ICatItem& item = member_record<ICatItem>(members.at(i));
-      if (item.FlaggedToOrder()) {
-        line = 4;
+  return sum_flagged(
+      errors_, u"ICatItemCol | ItemsSelectedCost", [&]() -> auto& { return require_members(); },
+      [](Currency sum, ICatItem& item) {
         // Both operands are read before either is judged, as in a product of Variants.
         const Variant quantity = item.get_QuantityToOrder();
         const Variant cost = item.JobberCost();
         const double amount = arithmetic_operand(quantity) * arithmetic_operand(cost);
-        sum = Currency::from_double(sum.to_double() + amount);
-      }
-    }
-    line = 5;
-    return sum;
-  });
+        return Currency::from_double(sum.to_double() + amount);
+      });
 }
 
 }  // namespace vexqom

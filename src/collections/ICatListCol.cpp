@@ -1,6 +1,7 @@
 #include "vexqom/ICatListCol.h"
 
 #include "collections/collection_form.h"
+#include "collections/members.h"
 #include "frame/memory.h"
 #include "frame/class_info.h"
 #include "frame/procedure.h"
@@ -13,21 +14,9 @@ namespace vexqom {
 // reader finds the entries regardless.
 template <>
 const CollectionForm<ICatListCol, ICatList>& XmlForm<ICatListCol>::form() {
-  using C = ICatListCol;
-  static const CollectionForm<C, ICatList> f{
-      {.root = u"ICatListCol", .member = u"ICatList", .write_label = u"ICatListCol | Get XML",
-       .read_label = u"ICatListCol | Let XML", .trace = Trace::Yes, .thread_switches = false,
-       .observed_as = nullptr, .clear_statements = 2},
-      [](C& c) -> Collection& { return *c.members_; },
-      [](C& c) { return &c.Vehicle_; },
-      nullptr,
-      [](C& c, int& line) {
-        c.members_ = create<Collection>();
-        line = 2;
-        c.Vehicle_ = create<ICatVehicle>();  // the host's vehicle is let go, not refilled
-      },
-      [](ICatList& l) { return l.get_ID() > 0 ? u"I#" + integer_text(l.get_ID()) : Text(); },
-      [](C& c, const Ref<ICatList>& member, const Text& key) { c.AddObject(member, key); }};
+  static const auto f = entry_list_form<ICatListCol, ICatList, &ICatListCol::members_, &ICatListCol::Vehicle_>(
+      u"ICatListCol", u"ICatList", u"ICatListCol | Get XML", u"ICatListCol | Let XML", nullptr,
+      [](ICatList& l) { return l.get_ID() > 0 ? u"I#" + integer_text(l.get_ID()) : Text(); });
   return f;
 }
 
@@ -64,34 +53,21 @@ Text ICatListCol::get_XML() { return xml_text(*this, memory::kCollectionRoom); }
 void ICatListCol::put_XML(const Text& xsXML) { XmlForm<ICatListCol>::read(*this, xsXML); }
 
 Ref<ICatList> ICatListCol::AddObject(const Ref<ICatList>& xoObj, const Text& sKey) {
-  return run_procedure(errors_, u"ICatListCol | AddObject", Trace::Yes, [&](int& line) {
-    line = 1;
-    if (!xoObj) return Ref<ICatList>();
-    line = 2;
-    // A present key adds nothing; the entry is handed back all the same.
-    tolerate_duplicate_key([&] { members_->add(Variant(xoObj), sKey); });
-    line = 3;
-    return xoObj;
-  });
+  return add_entry<ICatList>(errors_, u"ICatListCol | AddObject", *members_, sKey,
+                            [&] { return xoObj; });
 }
 
 Ref<ICatList> ICatListCol::Add(const Text& Heading, int32_t ID, const Text& sKey) {
-  return run_procedure(errors_, u"ICatListCol | Add", Trace::Yes, [&](int& line) {
-    line = 1;
+  return add_entry<ICatList>(errors_, u"ICatListCol | Add", *members_, sKey, [&] {
     auto entry = create<ICatList>();
     entry->put_Heading(Heading);
     entry->put_ID(ID);
-    line = 2;
-    tolerate_duplicate_key([&] { members_->add(Variant(entry), sKey); });
-    line = 3;
     return entry;
   });
 }
 
-// Lookups have no handler: the list's own 5 and 9 reach the caller unlogged.
 Ref<ICatList> ICatListCol::get_Item(const Variant& vntIndexKey) const {
-  const Variant member = members_->Item(vntIndexKey);
-  return member.is_object() ? ref_cast<ICatList>(member.object()) : Ref<ICatList>();
+  return member_at<ICatList>(*members_, vntIndexKey);
 }
 
 int32_t ICatListCol::get_Count() const { return members_->Count(); }

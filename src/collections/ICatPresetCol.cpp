@@ -1,6 +1,7 @@
 #include "vexqom/ICatPresetCol.h"
 
 #include "collections/collection_form.h"
+#include "collections/members.h"
 #include "frame/memory.h"
 #include "frame/class_info.h"
 #include "frame/procedure.h"
@@ -10,21 +11,9 @@ namespace vexqom {
 // Fields joined without separator: A/BC and AB/C collide and the first stays.
 template <>
 const CollectionForm<ICatPresetCol, ICatPreset>& XmlForm<ICatPresetCol>::form() {
-  using C = ICatPresetCol;
-  static const CollectionForm<C, ICatPreset> f{
-      {.root = u"ICatPresetCol", .member = u"ICatPreset", .write_label = u"ICatPresetCol | Get XML",
-       .read_label = u"ICatPresetCol | Let XML", .trace = Trace::Yes, .thread_switches = false,
-       .observed_as = "preset-collection", .clear_statements = 2},
-      [](C& c) -> Collection& { return *c.members_; },
-      [](C& c) { return &c.Vehicle_; },
-      nullptr,
-      [](C& c, int& line) {
-        c.members_ = create<Collection>();
-        line = 2;
-        c.Vehicle_ = create<ICatVehicle>();  // the host's vehicle is let go, not refilled
-      },
-      [](ICatPreset& p) { return p.get_Category() + p.get_Group() + p.get_Description(); },
-      [](C& c, const Ref<ICatPreset>& member, const Text& key) { c.AddObject(member, key); }};
+  static const auto f = entry_list_form<ICatPresetCol, ICatPreset, &ICatPresetCol::members_, &ICatPresetCol::Vehicle_>(
+      u"ICatPresetCol", u"ICatPreset", u"ICatPresetCol | Get XML", u"ICatPresetCol | Let XML", "preset-collection",
+      [](ICatPreset& p) { return p.get_Category() + p.get_Group() + p.get_Description(); });
   return f;
 }
 
@@ -64,36 +53,23 @@ Text ICatPresetCol::get_XML() { return xml_text(*this, memory::kCollectionRoom);
 void ICatPresetCol::put_XML(const Text& xsXML) { XmlForm<ICatPresetCol>::read(*this, xsXML); }
 
 Ref<ICatPreset> ICatPresetCol::AddObject(const Ref<ICatPreset>& xoObj, const Text& sKey) {
-  return run_procedure(errors_, u"ICatPresetCol | AddObject", Trace::Yes, [&](int& line) {
-    line = 1;
-    if (!xoObj) return Ref<ICatPreset>();
-    line = 2;
-    // A present key adds nothing; the record is handed back all the same.
-    tolerate_duplicate_key([&] { members_->add(Variant(xoObj), sKey); });
-    line = 3;
-    return xoObj;
-  });
+  return add_entry<ICatPreset>(errors_, u"ICatPresetCol | AddObject", *members_, sKey,
+                            [&] { return xoObj; });
 }
 
 Ref<ICatPreset> ICatPresetCol::Add(const Text& Category, const Text& Group,
                                    const Text& Description, const Text& sKey) {
-  return run_procedure(errors_, u"ICatPresetCol | Add", Trace::Yes, [&](int& line) {
-    line = 1;
+  return add_entry<ICatPreset>(errors_, u"ICatPresetCol | Add", *members_, sKey, [&] {
     auto preset = create<ICatPreset>();
     preset->put_Category(Category);
     preset->put_Group(Group);
     preset->put_Description(Description);
-    line = 2;
-    tolerate_duplicate_key([&] { members_->add(Variant(preset), sKey); });
-    line = 3;
     return preset;
   });
 }
 
-// Lookups have no handler: the list's own 5 and 9 reach the caller unlogged.
 Ref<ICatPreset> ICatPresetCol::get_Item(const Variant& vntIndexKey) const {
-  const Variant member = members_->Item(vntIndexKey);
-  return member.is_object() ? ref_cast<ICatPreset>(member.object()) : Ref<ICatPreset>();
+  return member_at<ICatPreset>(*members_, vntIndexKey);
 }
 
 int32_t ICatPresetCol::get_Count() const { return members_->Count(); }

@@ -53,6 +53,28 @@ struct CollectionForm {
   void (*add)(C&, const Ref<Member>&, const Text& key);
 };
 
+// The form of a collection of entries (presets, lists): fixed writer switches, traced, a
+// new member list and a new vehicle before each load, members added through AddObject.
+template <class C, class Member, Ref<Collection> C::*kMembers, Ref<ICatVehicle> C::*kVehicle>
+CollectionForm<C, Member> entry_list_form(TextView root, TextView member, TextView write_label,
+                                          TextView read_label, const char* observed_as,
+                                          Text (*key_of)(Member&)) {
+  return CollectionForm<C, Member>{
+      {.root = root, .member = member, .write_label = write_label, .read_label = read_label,
+       .trace = Trace::Yes, .thread_switches = false, .observed_as = observed_as,
+       .clear_statements = 2},
+      [](C& c) -> Collection& { return *(c.*kMembers); },
+      [](C& c) { return &(c.*kVehicle); },
+      nullptr,
+      [](C& c, int& line) {
+        c.*kMembers = create<Collection>();
+        line = 2;
+        c.*kVehicle = create<ICatVehicle>();  // the host's vehicle is let go, not refilled
+      },
+      key_of,
+      [](C& c, const Ref<Member>& entry, const Text& key) { c.AddObject(entry, key); }};
+}
+
 // ---- implementation ----
 
 namespace collection_form_detail {

@@ -286,23 +286,19 @@ int32_t CString::Find(const Text& search, std::optional<int32_t> startPos) {
 
 // ---- case and order ----
 
-CString& CString::Ucase() {
+// ASCII letters only: the buffer holds code-page bytes.
+CString& CString::map_letters(char from, char to) {
   ++generation_;
   for (int32_t i = 0; i < length_; ++i) {
     char& c = data_[static_cast<size_t>(i)];
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    if (c >= from && c <= from + 25) c = static_cast<char>(c - from + to);
   }
   return *this;
 }
 
-CString& CString::LCase() {
-  ++generation_;
-  for (int32_t i = 0; i < length_; ++i) {
-    char& c = data_[static_cast<size_t>(i)];
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return *this;
-}
+CString& CString::Ucase() { return map_letters('a', 'A'); }
+
+CString& CString::LCase() { return map_letters('A', 'a'); }
 
 CString& CString::ReverseStr() {
   ++generation_;

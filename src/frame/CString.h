@@ -114,6 +114,7 @@ class CString : public Object {
   }
 
  private:
+  CString& map_letters(char from, char to);  // from..from+25 become to..to+25
   // Whether bytes newly stored are zeroed, or left for the caller who writes all of them.
   enum class Fill : bool { kZeros, kOverwritten };
   // Exact-fit reported size, geometric storage.

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "frame/rounding.h"
 #include "vexqom/error.h"
 
 namespace vexqom {
@@ -12,24 +13,6 @@ namespace vexqom {
 namespace {
 
 __extension__ typedef __int128 Wide;
-
-// Halves to even without depending on the thread's floating-point rounding mode.
-double round_half_even(double x) {
-  const double fl = std::floor(x);
-  const double frac = x - fl;  // exact for every finite double
-  if (frac > 0.5) return fl + 1;
-  if (frac < 0.5) return fl;
-  return std::fmod(fl, 2.0) == 0 ? fl : fl + 1;
-}
-
-// Quotient of n / d rounded halves to even (d > 0).
-Wide divide_half_even(Wide n, Wide d) {
-  Wide q = n / d;
-  const Wide r = n % d;  // same sign as n
-  const Wide twice = (r < 0 ? -r : r) * 2;
-  if (twice > d || (twice == d && (q % 2) != 0)) q += (n < 0) ? -1 : 1;
-  return q;
-}
 
 [[noreturn]] void overflow() { throw Error(errc::kOverflow); }
 
@@ -65,7 +48,7 @@ Currency Currency::operator-(Currency other) const {
 }
 
 Currency Currency::operator*(Currency other) const {
-  const Wide q = divide_half_even(static_cast<Wide>(raw_) * other.raw_, kScale);
+  const Wide q = divide_half_even<Wide>(static_cast<Wide>(raw_) * other.raw_, kScale);
   if (q < std::numeric_limits<int64_t>::min() || q > std::numeric_limits<int64_t>::max())
     overflow();
   return Currency(static_cast<int64_t>(q));

@@ -15,30 +15,29 @@ constexpr TextView kSourceName = u"vexqom_PLUMEK2";
 const Text kDefaultErrorSource{kSourceName};
 
 Text standard_description(int32_t number) {
-  const char16_t* d = u"";
-  switch (number) {
-    case errc::kInvalidProcedureCall: d = u"Invalid procedure call or argument"; break;
-    case errc::kOverflow: d = u"Overflow"; break;
-    case errc::kOutOfMemory: d = u"Out of memory"; break;
-    case errc::kSubscriptOutOfRange: d = u"Subscript out of range"; break;
-    case errc::kTypeMismatch: d = u"Type mismatch"; break;
-    case errc::kFileNotFound: d = u"File not found"; break;
-    case errc::kPathFileAccess: d = u"Path/File access error"; break;
-    case errc::kPathNotFound: d = u"Path not found"; break;
-    case errc::kObjectNotSet: d = u"Object variable or With block variable not set"; break;
-    case errc::kInvalidUseOfNull: d = u"Invalid use of Null"; break;
-    case errc::kDuplicateKey:
-      d = u"This key is already associated with an element of this collection";
-      break;
-    case errc::kMemberNotFound: d = u"Member not found"; break;
-    case errc::kBadParamCount: d = u"Invalid number of parameters"; break;
-    case errc::kParamNotOptional: d = u"Parameter not optional"; break;
-    case errc::kNoInterface: d = u"No such interface supported"; break;
-    case errc::kClassNotRegistered: d = u"Class not registered"; break;
-    case errc::kInvalidArgument: d = u"The parameter is incorrect"; break;
-    default: break;
+  static constexpr std::pair<int32_t, const char16_t*> kDescriptions[] = {
+      {errc::kInvalidProcedureCall, u"Invalid procedure call or argument"},
+      {errc::kOverflow, u"Overflow"},
+      {errc::kOutOfMemory, u"Out of memory"},
+      {errc::kSubscriptOutOfRange, u"Subscript out of range"},
+      {errc::kTypeMismatch, u"Type mismatch"},
+      {errc::kFileNotFound, u"File not found"},
+      {errc::kPathFileAccess, u"Path/File access error"},
+      {errc::kPathNotFound, u"Path not found"},
+      {errc::kObjectNotSet, u"Object variable or With block variable not set"},
+      {errc::kInvalidUseOfNull, u"Invalid use of Null"},
+      {errc::kDuplicateKey, u"This key is already associated with an element of this collection"},
+      {errc::kMemberNotFound, u"Member not found"},
+      {errc::kBadParamCount, u"Invalid number of parameters"},
+      {errc::kParamNotOptional, u"Parameter not optional"},
+      {errc::kNoInterface, u"No such interface supported"},
+      {errc::kClassNotRegistered, u"Class not registered"},
+      {errc::kInvalidArgument, u"The parameter is incorrect"},
+  };
+  for (const auto& [known, description] : kDescriptions) {
+    if (known == number) return Text(description);
   }
-  return Text(d);
+  return Text();
 }
 
 Error::Error(int32_t number) : Error(number, Text(kSourceName), standard_description(number)) {}

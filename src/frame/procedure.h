@@ -52,14 +52,6 @@ decltype(auto) run_procedure(ErrorState& state, TextView label, Trace trace, F&&
   }
 }
 
-// A literal label: its length is known when compiling (a char16_t literal's length is
-// otherwise counted at run time, on every call).
-template <std::size_t N, class F>
-decltype(auto) run_procedure(ErrorState& state, const char16_t (&label)[N], Trace trace,
-                             F&& body) {
-  return run_procedure(state, TextView(label, N - 1), trace, std::forward<F>(body));
-}
-
 // "errors ignored": every error inside is discarded.
 template <class F>
 void ignore_errors(F&& body) noexcept {

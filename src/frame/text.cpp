@@ -241,37 +241,38 @@ std::string to_utf8(TextView text) {
   return out;
 }
 
+namespace {
+
+// A case mapping: ASCII text unit by unit, anything else through ICU.
+template <class Ascii, class Icu>
+Text case_mapped(TextView text, Ascii ascii, Icu icu) {
+  if (!is_ascii(text)) return icu_map(text, icu);
+  Text out(text);
+  for (char16_t& c : out) c = ascii(c);
+  return out;
+}
+
+}  // namespace
+
 Text upper_case(TextView text) {
-  if (is_ascii(text)) {
-    Text out(text);
-    for (char16_t& c : out) c = ascii_upper(c);
-    return out;
-  }
-  return icu_map(text, [](UChar* d, int32_t dn, const UChar* s, int32_t sn, UErrorCode* st) {
-    return u_strToUpper(d, dn, s, sn, "", st);
-  });
+  return case_mapped(text, ascii_upper,
+                     [](UChar* d, int32_t dn, const UChar* s, int32_t sn, UErrorCode* st) {
+                       return u_strToUpper(d, dn, s, sn, "", st);
+                     });
 }
 
 Text lower_case(TextView text) {
-  if (is_ascii(text)) {
-    Text out(text);
-    for (char16_t& c : out) c = ascii_lower(c);
-    return out;
-  }
-  return icu_map(text, [](UChar* d, int32_t dn, const UChar* s, int32_t sn, UErrorCode* st) {
-    return u_strToLower(d, dn, s, sn, "", st);
-  });
+  return case_mapped(text, ascii_lower,
+                     [](UChar* d, int32_t dn, const UChar* s, int32_t sn, UErrorCode* st) {
+                       return u_strToLower(d, dn, s, sn, "", st);
+                     });
 }
 
 Text fold_case(TextView text) {
-  if (is_ascii(text)) {
-    Text out(text);
-    for (char16_t& c : out) c = ascii_lower(c);
-    return out;
-  }
-  return icu_map(text, [](UChar* d, int32_t dn, const UChar* s, int32_t sn, UErrorCode* st) {
-    return u_strFoldCase(d, dn, s, sn, U_FOLD_CASE_DEFAULT, st);
-  });
+  return case_mapped(text, ascii_lower,
+                     [](UChar* d, int32_t dn, const UChar* s, int32_t sn, UErrorCode* st) {
+                       return u_strFoldCase(d, dn, s, sn, U_FOLD_CASE_DEFAULT, st);
+                     });
 }
 
 bool equals_caseless(TextView a, TextView b) {

@@ -9,6 +9,7 @@
 #include <string>
 #include <system_error>
 
+#include "frame/rounding.h"
 #include "vexqom/error.h"
 
 namespace vexqom {
@@ -20,24 +21,6 @@ constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                    1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
 
 [[noreturn]] void raise(int32_t number) { throw Error(number); }
-
-// Halves to even, independent of the thread's floating-point rounding mode.
-double round_half_even(double x) {
-  const double fl = std::floor(x);
-  const double frac = x - fl;  // exact for every finite double
-  if (frac > 0.5) return fl + 1;
-  if (frac < 0.5) return fl;
-  return std::fmod(fl, 2.0) == 0 ? fl : fl + 1;
-}
-
-// Integer quotient n / d, halves to even (d > 0).
-int64_t divide_half_even(int64_t n, int64_t d) {
-  int64_t q = n / d;
-  const int64_t r = n % d;
-  const int64_t twice = (r < 0 ? -r : r) * 2;
-  if (twice > d || (twice == d && (q % 2) != 0)) q += n < 0 ? -1 : 1;
-  return q;
-}
 
 int16_t to_int16(int64_t v) {
   if (v < std::numeric_limits<int16_t>::min() || v > std::numeric_limits<int16_t>::max())
@@ -444,7 +427,7 @@ int16_t coerce_to_integer(const Variant& v) {
     case VarType::kInteger: return v.integer();
     case VarType::kLong: return to_int16(v.long_value());
     case VarType::kCurrency:
-      return to_int16(divide_half_even(v.currency().raw(), Currency::kScale));
+      return to_int16(divide_half_even<int64_t>(v.currency().raw(), Currency::kScale));
     default: return round_to_integer(coerce_to_double(v));
   }
 }
@@ -454,7 +437,7 @@ int32_t coerce_to_long(const Variant& v) {
     case VarType::kInteger: return v.integer();
     case VarType::kLong: return v.long_value();
     case VarType::kCurrency:
-      return to_int32(divide_half_even(v.currency().raw(), Currency::kScale));
+      return to_int32(divide_half_even<int64_t>(v.currency().raw(), Currency::kScale));
     default: return round_to_long(coerce_to_double(v));
   }
 }

@@ -27,22 +27,14 @@ template <class T>
 struct FormOf {
   using type = RecordForm<T>;
 };
-template <>
-struct FormOf<ICatPriceCol> {
-  using type = CollectionForm<ICatPriceCol, ICatPrice>;
+template <class C, class Member>
+struct CollectionOf {
+  using type = CollectionForm<C, Member>;
 };
-template <>
-struct FormOf<ICatItemCol> {
-  using type = CollectionForm<ICatItemCol, ICatItem>;
-};
-template <>
-struct FormOf<ICatPresetCol> {
-  using type = CollectionForm<ICatPresetCol, ICatPreset>;
-};
-template <>
-struct FormOf<ICatListCol> {
-  using type = CollectionForm<ICatListCol, ICatList>;
-};
+template <> struct FormOf<ICatPriceCol> : CollectionOf<ICatPriceCol, ICatPrice> {};
+template <> struct FormOf<ICatItemCol> : CollectionOf<ICatItemCol, ICatItem> {};
+template <> struct FormOf<ICatPresetCol> : CollectionOf<ICatPresetCol, ICatPreset> {};
+template <> struct FormOf<ICatListCol> : CollectionOf<ICatListCol, ICatList> {};
 
 template <class T>
 class XmlForm {

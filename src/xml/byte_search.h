@@ -4,8 +4,7 @@
 // patterns that byte is '<', which starts every tag, so a search pays one comparison per
 // element it passes. Here sixteen candidate positions are tested at once on two inner
 // bytes of the pattern (the name's first and last letters for "<Name>"), and only the
-// rare positions where both match are compared in full; thirty-two at once where the
-// processor has AVX2.
+// rare positions where both match are compared in full.
 #pragma once
 
 #include <string.h>
@@ -15,10 +14,6 @@
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
-#endif
-#if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
-#include <immintrin.h>
-#define VEXQOM_WIDE_SEARCH 1
 #endif
 
 namespace vexqom {
@@ -38,35 +33,6 @@ inline size_t first_full_match(const char* s, size_t n, std::string_view pattern
   return std::string_view::npos;
 }
 
-#if defined(VEXQOM_WIDE_SEARCH)
-
-inline bool cpu_has_avx2() {
-  static const bool has = __builtin_cpu_supports("avx2");
-  return has;
-}
-
-// The two-byte filter over 32 candidates at a time, on processors that have AVX2; i is
-// left where the wide loop stopped when nothing was found.
-__attribute__((target("avx2"))) inline size_t find_bytes_avx2(const char* s, size_t n,
-                                                              std::string_view pattern,
-                                                              size_t& i) {
-  const size_t m = pattern.size();
-  const size_t k1 = 1;
-  const size_t k2 = m - 2;
-  const __m256i b1 = _mm256_set1_epi8(pattern[k1]);
-  const __m256i b2 = _mm256_set1_epi8(pattern[k2]);
-  for (; i + k2 + 32 <= n; i += 32) {
-    const __m256i c1 = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + i + k1));
-    const __m256i c2 = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + i + k2));
-    const auto mask = static_cast<unsigned>(_mm256_movemask_epi8(
-        _mm256_and_si256(_mm256_cmpeq_epi8(c1, b1), _mm256_cmpeq_epi8(c2, b2))));
-    const size_t at = first_full_match(s, n, pattern, i, mask);
-    if (at != std::string_view::npos) return at;
-  }
-  return std::string_view::npos;
-}
-#endif
-
 }  // namespace byte_search_detail
 
 // Position of the first occurrence of pattern at or after from; npos when none. An empty
@@ -80,12 +46,6 @@ inline size_t find_bytes(std::string_view text, std::string_view pattern, size_t
   if (m > n - from) return npos;
   const char* s = text.data();
   size_t i = from;
-#if defined(VEXQOM_WIDE_SEARCH)
-  if (m >= 4 && byte_search_detail::cpu_has_avx2()) {
-    const size_t at = byte_search_detail::find_bytes_avx2(s, n, pattern, i);
-    if (at != npos) return at;
-  }
-#endif
 #if defined(__SSE2__)
   if (m >= 4) {
     const size_t k1 = 1;

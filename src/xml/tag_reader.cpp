@@ -34,9 +34,12 @@ std::string_view reader_bytes(std::string_view xml, std::string&) {
   return xml;
 }
 
+// The engine's label, its length counted once.
+constexpr TextView kGetValue = u"clsXML | Get Value";
+
 Text read_first_value(TagReader& reader, TextView name) {
   ErrorState errors;
-  return run_procedure(errors, u"clsXML | Get Value", Trace::Yes, [&](int& line) {
+  return run_procedure(errors, kGetValue, Trace::Yes, [&](int& line) {
     line = 1;
     return reader.value(name, 1);
   });
@@ -44,7 +47,7 @@ Text read_first_value(TagReader& reader, TextView name) {
 
 Text read_first_value(TagReader& reader, size_t index) {
   ErrorState errors;
-  return run_procedure(errors, u"clsXML | Get Value", Trace::Yes, [&](int& line) {
+  return run_procedure(errors, kGetValue, Trace::Yes, [&](int& line) {
     line = 1;
     return reader.first_value(index);
   });
