@@ -178,7 +178,7 @@ void read_form(C& collection, const CollectionForm<C, Member>& f, ErrorState& er
     ++line;
     std::string storage;
     const std::string_view text = reader_bytes(xml, storage);
-    LoadBudget budget(text.size());
+    LoadBudget budget;
     TagReader reader(text);
     ++line;
     const int16_t count = round_to_integer(leading_number(read_first_value(reader, u"Count")));
@@ -188,12 +188,18 @@ void read_form(C& collection, const CollectionForm<C, Member>& f, ErrorState& er
     }
     if (count > 0) f.members(collection).reserve(static_cast<size_t>(count));
     const int first = line + 1;
+    bool beyond_text = false;  // from the first member the text does not hold in its place
     for (int i = 1; i <= count; ++i) {
+      const std::string_view block = reader.block(f.layout.member, static_cast<int16_t>(i));
+      beyond_text = beyond_text || block.empty() || reader.started_over();
       line = first;
-      LoadBudget::spend();
+      LoadBudget::spend(beyond_text);
       auto member = create<Member>();
       line = first + 1;
-      XmlForm<Member>::read(*member, reader.block(f.layout.member, static_cast<int16_t>(i)));
+      {
+        const LoadBudget::Beyond inside(beyond_text);
+        XmlForm<Member>::read(*member, block);
+      }
       line = first + 2;
       const Text key = f.key_of(*member);
       if (f.layout.key_statement) line = first + 3;

@@ -163,7 +163,8 @@ void FileDelete(const Text& path) {
       if (::unlink(target.c_str()) != 0) throw errno_error(errno);
     }
   } catch (...) {
-    raise_unlogged_from_handler(module_errors(), u"basLIBstd | FileDelete", line, path);
+    raise_unlogged_from_handler(module_errors(), u"basLIBstd | FileDelete", line, path,
+                                current_error());
   }
 }
 
@@ -215,19 +216,27 @@ Text DateTimeStamp_Log() {
 Text UserName_Get() {
   return run_procedure(module_errors(), u"basLIBstd | UserName_Get", Trace::No, [&](int& line) {
     line = 1;
+    // Every log line asks; the user database is read again only when the user id changes.
+    thread_local struct {
+      bool known = false;
+      uid_t user = 0;
+      Text name;
+    } last;
+    const uid_t user = ::geteuid();
+    if (last.known && last.user == user) return last.name;
     passwd entry{};
     passwd* result = nullptr;
     std::vector<char> scratch(16384);
     line = 2;
-    if (::getpwuid_r(::geteuid(), &entry, scratch.data(), scratch.size(), &result) != 0 ||
+    if (::getpwuid_r(user, &entry, scratch.data(), scratch.size(), &result) != 0 ||
         result == nullptr || result->pw_name == nullptr) {
       return Text();
     }
     line = 3;
     std::string name = result->pw_name;
     // The system's buffer holds 199 characters; a longer name cannot be had.
-    if (name.size() > 199) return Text();
-    return from_utf8(name);
+    last = {true, user, name.size() > 199 ? Text() : from_utf8(name)};
+    return last.name;
   });
 }
 

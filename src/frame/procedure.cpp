@@ -18,8 +18,7 @@ Text compose_failure_message(TextView label, int32_t number, int line, TextView 
   return message;
 }
 
-void raise_from_handler(ErrorState& state, TextView label, int line) {
-  const Error failure = current_error();
+void raise_from_handler(ErrorState& state, TextView label, int line, const Error& failure) {
   state.LastErrorNumber = failure.number();
   state.LastErrorMessage =
       compose_failure_message(label, failure.number(), line, failure.description());
@@ -27,8 +26,8 @@ void raise_from_handler(ErrorState& state, TextView label, int line) {
   throw Error(state.LastErrorNumber, kDefaultErrorSource, state.LastErrorMessage);
 }
 
-void raise_unlogged_from_handler(ErrorState& state, TextView label, int line, TextView path) {
-  const Error failure = current_error();
+void raise_unlogged_from_handler(ErrorState& state, TextView label, int line, TextView path,
+                                 const Error& failure) {
   state.LastErrorNumber = failure.number();
   state.LastErrorMessage =
       compose_failure_message(label, failure.number(), line, failure.description());

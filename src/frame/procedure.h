@@ -34,12 +34,14 @@ inline void trace_entry(TextView label) {
 // The composed message of a handler.
 Text compose_failure_message(TextView label, int32_t number, int line, TextView description);
 
-// The standard handler (steps: save number and message, log, raise). Call from a catch.
-[[noreturn]] void raise_from_handler(ErrorState& state, TextView label, int line);
+// The standard handler (steps: save number and message, log, raise) for the failure
+// caught.
+[[noreturn]] void raise_from_handler(ErrorState& state, TextView label, int line,
+                                     const Error& failure);
 
 // The "raise without logging" handler: the message gains " on file name: " + path.
 [[noreturn]] void raise_unlogged_from_handler(ErrorState& state, TextView label, int line,
-                                              TextView path);
+                                              TextView path, const Error& failure);
 
 template <class F>
 decltype(auto) run_procedure(ErrorState& state, TextView label, Trace trace, F&& body) {
@@ -47,8 +49,10 @@ decltype(auto) run_procedure(ErrorState& state, TextView label, Trace trace, F&&
   try {
     if (trace == Trace::Yes) trace_entry(label);
     return std::forward<F>(body)(line);
+  } catch (const Error& failure) {  // the usual failure, seen without throwing it again
+    raise_from_handler(state, label, line, failure);
   } catch (...) {
-    raise_from_handler(state, label, line);
+    raise_from_handler(state, label, line, current_error());
   }
 }
 

@@ -152,6 +152,7 @@ size_t TagReader::expected_index(TextView name) {
 }
 
 std::string_view TagReader::block(TextView name, int16_t element) {
+  started_over_ = false;
   if (text_.empty() || name.empty()) return {};
   Memory& memory = block_memory_;
   block_tags_.set(name);
@@ -169,6 +170,7 @@ std::string_view TagReader::block(TextView name, int16_t element) {
     end_pattern = block_tags_.end;
     from = skip_end_tags(SearchCache::kBlockSkip, end_pattern, element);
   }
+  started_over_ = !remembered && element > 1 && from == 0;
   memory.position = 0;
   size_t s = search(SearchCache::kBlockStart, start_pattern, from);
   if (s == npos) {

@@ -55,6 +55,9 @@ class TagReader {
   // The whole element, tags included, blanks trimmed, not unescaped; also found with
   // attributes ("<name ") or as an empty-element tag ("/>"); empty when absent.
   std::string_view block(TextView name, int16_t element);
+  // Whether the last block read started again at the top, the text holding fewer
+  // elements of its name than the number asked for.
+  bool started_over() const { return started_over_; }
   // value(expected.name(index), element) for the reader of a set of expected names;
   // element at most 1.
   Text first_value(size_t index, int16_t element = 1);
@@ -103,6 +106,7 @@ class TagReader {
 
   std::string_view text_;
   uint64_t generation_ = 0;
+  bool started_over_ = false;
   const ElementNames* expected_ = nullptr;
   size_t next_expected_ = 0;
   Memory value_memory_;

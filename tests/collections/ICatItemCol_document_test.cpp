@@ -264,5 +264,57 @@ TEST_F(ItemColDocument, AnyTextLoadsAndAMissingVehicleFailsTheWriter) {
   EXPECT_EQ(logs_.error_lines().size(), 1u);
 }
 
+// A document may claim more members than it holds; past the last one the reads start
+// again at the top. Nested, a tiny text would build half a billion records: one load
+// builds at most a budget of members its text does not hold, and fails with 7 past it.
+TEST_F(ItemColDocument, ClaimedMembersLoadWithinTheBudgetAndFailPastIt) {
+  auto col = counted_selection();
+  // 32,767 items claimed, one with two prices held: the odd positions read it (its copies
+  // are duplicates), the even ones read nothing and add an empty item without key.
+  std::string two_prices = item_xml("ACD", "1", 2);
+  two_prices.replace(two_prices.find("<Count>1"), 8, "<Count>2");
+  two_prices.replace(two_prices.find("</Collection>"), 0,
+                     "<Price><Location>LOCAL</Location></Price>");
+  col->put_XML(u"<Items><Count>32767</Count><Collection>" + from_utf8(two_prices) +
+               u"</Collection></Items>");
+  EXPECT_EQ(col->get_Count(), 16384);
+  Variant first(int32_t{1});
+  EXPECT_EQ(col->get_Item(first)->get_PriceCol()->get_Count(), 3) << "and the MSRP the total asks for";
+  EXPECT_TRUE(logs_.error_lines().empty());
+
+  const std::string nested =
+      "<Items><Count>32767</Count><Collection><Item><Prices><Count>32767</Count><Collection>"
+      "<Price>@</Price></Collection></Prices></Item></Collection></Items>";
+  struct Case {
+    const char* price;
+    size_t most_log_lines;  // a repeated location logs each dropped copy
+  };
+  for (const Case& c : {Case{"", 3}, Case{"<Location>X</Location>", 40000}}) {
+    std::string text = nested;
+    text.replace(text.find('@'), 1, c.price);
+    try {
+      col->put_XML(from_utf8(text));
+      ADD_FAILURE() << "no error for " << c.price;
+    } catch (const Error& e) {
+      EXPECT_EQ(e.number(), 7);
+      const std::string description = to_utf8(e.description());
+      // Past the budget while building a copy of the item or one of its prices.
+      EXPECT_EQ(description.rfind("ICatItemCol | Let XML, Error # 7 at line: ", 0), 0u);
+      EXPECT_TRUE(description.ends_with("at line: 6\r\nOut of memory") ||
+                  description.ends_with("ICatPriceCol | Let XML, Error # 7 at line: 5\r\n"
+                                        "Out of memory"))
+          << description;
+    }
+    const auto lines = logs_.error_lines();
+    EXPECT_LE(lines.size(), c.most_log_lines);
+    EXPECT_EQ(testing::log_message(lines.back()).rfind("ICatItemCol | Let XML, Error # 7", 0), 0u);
+    testing::LogFolder::write_file(logs_.error_log_path(), "");
+  }
+  // The budget is the load's own: the next load of an honest text works as ever.
+  col->put_XML(u"<Items><Count>1</Count><Collection>" + from_utf8(item_xml("B", "2", 1)) +
+               u"</Collection></Items>");
+  EXPECT_EQ(col->get_Count(), 1);
+}
+
 }  // namespace
 }  // namespace vexqom
