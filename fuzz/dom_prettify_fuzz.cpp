@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "frame/code_page.h"
 #include "frame/diagnostics.h"
 #include "xml/clsXML.h"
 #include "xml/dom_document.h"

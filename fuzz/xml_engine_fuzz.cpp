@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "frame/code_page.h"
 #include "frame/diagnostics.h"
 #include "xml/clsXML.h"
 #include "xml/tag_reader.h"

@@ -14,6 +14,7 @@
 
 #include "collections/load_budget.h"
 #include "collections/members.h"
+#include "frame/code_page.h"
 #include "frame/diagnostics.h"
 #include "frame/document_observer.h"
 #include "frame/memory.h"
@@ -80,11 +81,7 @@ CollectionForm<C, Member> entry_list_form(TextView root, TextView member, TextVi
 namespace collection_form_detail {
 
 inline void append_bytes(std::string& out, std::string_view bytes) { out += bytes; }
-inline void append_bytes(Text& out, std::string_view bytes) {
-  const size_t at = out.size();
-  out.resize(at + bytes.size());
-  decode_code_page(bytes, out.data() + at);
-}
+inline void append_bytes(Text& out, std::string_view bytes) { append_from_code_page(out, bytes); }
 
 inline void observe(const char* form, const std::string& out, size_t from) {
   observe_bytes(form, std::string_view(out).substr(from));

@@ -121,7 +121,7 @@ Text CString::get_Value() const { return from_code_page(bytes()); }
 void CString::put_Value(TextView newValue) {
   // Converted straight into the storage: no second copy of a large text.
   ++generation_;
-  const int32_t count = checked_length(newValue.size());
+  const int32_t count = checked_length(code_page_size(newValue));
   ensure_size(count, Fill::kOverwritten);
   encode_code_page(newValue, data_.data());
   length_ = count;

@@ -19,6 +19,7 @@
 #include <string_view>
 #include <vector>
 
+#include "frame/code_page.h"
 #include "frame/byte_storage.h"
 #include "vexqom/error.h"
 #include "vexqom/object.h"

@@ -1,3 +1,4 @@
+#include "frame/code_page.h"
 #include "frame/diagnostics.h"
 
 #include <dlfcn.h>

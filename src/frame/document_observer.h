@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "frame/code_page.h"
 #include "vexqom/text.h"
 
 namespace vexqom {

@@ -54,39 +54,6 @@ Text icu_map(TextView text, Call call) {
 char16_t ascii_upper(char16_t c) { return (c >= u'a' && c <= u'z') ? c - 32 : c; }
 char16_t ascii_lower(char16_t c) { return (c >= u'A' && c <= u'Z') ? c + 32 : c; }
 
-struct CodePage {
-  std::array<char16_t, 256> decode{};
-  std::unique_ptr<unsigned char[]> encode;  // one entry per UTF-16 code unit
-
-  CodePage() : encode(new unsigned char[0x10000]) {
-    for (int b = 0; b < 256; ++b) decode[b] = static_cast<char16_t>(b);  // Latin-1 fallback
-    UErrorCode status = U_ZERO_ERROR;
-    UConverter* conv = ucnv_open("windows-1252", &status);
-    if (conv && U_SUCCESS(status)) {
-      for (int b = 0; b < 256; ++b) {
-        const char byte = static_cast<char>(b);
-        UChar unit[4];
-        UErrorCode st = U_ZERO_ERROR;
-        ucnv_resetToUnicode(conv);
-        const int32_t n = ucnv_toUChars(conv, unit, 4, &byte, 1, &st);
-        if (U_SUCCESS(st) && n == 1 && unit[0] != kReplacement)
-          decode[b] = static_cast<char16_t>(unit[0]);
-      }
-    }
-    if (conv) ucnv_close(conv);
-
-    std::fill(encode.get(), encode.get() + 0x10000, static_cast<unsigned char>('?'));
-    // Highest byte first, so a unit reached from two bytes encodes to the lower one.
-    for (int b = 255; b >= 0; --b) encode[decode[b]] = static_cast<unsigned char>(b);
-  }
-};
-
-
-const CodePage& code_page() {
-  static const CodePage table;
-  return table;
-}
-
 }  // namespace
 
 namespace {
@@ -291,54 +258,6 @@ bool equals_caseless(TextView a, TextView b) {
                                      &status);
   if (U_SUCCESS(status)) return r == 0;
   return fold_case(a) == fold_case(b);
-}
-
-void encode_code_page(TextView text, char* dst) {
-  const unsigned char* encode = nullptr;
-  std::size_t i = 0;
-  while (i < text.size()) {
-    // Runs of ASCII, the common case, go eight units at a time.
-    i += narrow_ascii_run(text.data() + i, text.size() - i, dst + i);
-    if (i == text.size()) break;
-    const char16_t c = text[i];
-    if (c < 0x80) {
-      dst[i++] = static_cast<char>(c);
-      continue;
-    }
-    if (!encode) encode = code_page().encode.get();
-    dst[i++] = static_cast<char>(encode[c]);
-  }
-}
-
-void append_code_page(std::string& out, TextView text) {
-  const std::size_t start = out.size();
-  out.resize(start + text.size());
-  encode_code_page(text, out.data() + start);
-}
-
-std::string to_code_page(TextView text) {
-  std::string out;
-  append_code_page(out, text);
-  return out;
-}
-
-void decode_code_page(std::string_view bytes, char16_t* dst) {
-  const char16_t* decode = nullptr;
-  std::size_t i = 0;
-  while (i < bytes.size()) {
-    i += widen_ascii_run(bytes.data() + i, bytes.size() - i, dst + i);
-    if (i == bytes.size()) break;
-    const auto b = static_cast<unsigned char>(bytes[i]);
-    if (!decode) decode = code_page().decode.data();
-    dst[i++] = decode[b];
-  }
-}
-
-Text from_code_page(std::string_view bytes) {
-  Text out;
-  out.resize(bytes.size());
-  decode_code_page(bytes, out.data());
-  return out;
 }
 
 TextView trim_left_blanks(TextView text) {

@@ -6,6 +6,7 @@
 
 #include <string>
 
+#include "frame/code_page.h"
 #include "vexqom/object.h"
 
 namespace vexqom {

@@ -14,6 +14,7 @@
 #include <string_view>
 #include <vector>
 
+#include "frame/code_page.h"
 #include "frame/CString.h"
 #include "vexqom/error.h"
 #include "vexqom/object.h"

@@ -1,8 +1,10 @@
 #include "xml/element_writer.h"
 
+#include <algorithm>
 #include <cstring>
 #include <stdexcept>
 
+#include "frame/code_page.h"
 #include "vexqom/variant.h"
 #include "xml/entities.h"
 
@@ -18,8 +20,15 @@ char* put_code_page(TextView text, char* out) {
     for (; i < text.size() && text[i] < 0x80; ++i) out[i] = static_cast<char>(text[i]);
     if (i == text.size()) return out + i;
   }
-  encode_code_page(text, out);
-  return out + text.size();
+  return encode_code_page(text, out);
+}
+
+// The bytes put_code_page writes; short ASCII texts count their units.
+size_t code_page_bytes(TextView text) {
+  if (text.size() <= 16 && std::all_of(text.begin(), text.end(), [](char16_t c) { return c < 0x80; })) {
+    return text.size();
+  }
+  return code_page_size(text);
 }
 
 // Writes value in the code page with its special characters as entities; returns the end.
@@ -40,9 +49,11 @@ char* put_escaped(TextView value, char* out) {
 }  // namespace
 
 size_t Element::size() const {
-  if (part == kEnd) return name.size() + 3;
+  const size_t name_bytes = code_page_bytes(name);
+  if (part == kEnd) return name_bytes + 3;
   entity_bytes_ = escaped ? escaped_extra(value) : 0;
-  return name.size() + 2 + value.size() + entity_bytes_ + (part == kStart ? 0 : name.size() + 3);
+  return name_bytes + 2 + code_page_bytes(value) + entity_bytes_ +
+         (part == kStart ? 0 : name_bytes + 3);
 }
 
 char* Element::write(char* out) const {

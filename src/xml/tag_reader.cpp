@@ -1,3 +1,4 @@
+#include "frame/code_page.h"
 #include "xml/tag_reader.h"
 
 #include <cstdint>

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "frame/code_page.h"
 #include "frame/diagnostics.h"
 #include "support/log_folder.h"
 #include "support/writer_switches.h"

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "frame/code_page.h"
 #include "vexqom/currency.h"
 #include "support/error_number.h"
 #include "vexqom/error.h"

@@ -1,4 +1,5 @@
 // The XML text engine: building, declaration, escaping, numbered reads, lifecycle.
+#include "frame/code_page.h"
 #include "xml/clsXML.h"
 
 #include <gtest/gtest.h>
