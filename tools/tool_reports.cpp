@@ -1,4 +1,6 @@
-#include "tool_table.h"
+#include "tool_reports.h"
+
+#include <nlohmann/json.hpp>
 
 #include <cstdio>
 #include <string>
@@ -71,8 +73,42 @@ struct Table {
   }
 };
 
-std::string vehicle_lines(ICatItemCol& selection) {
-  Ref<ICatVehicle> vehicle = selection.get_Vehicle();
+// What both forms of the selection report show, gathered once.
+struct SelectionFacts {
+  Ref<ICatVehicle> vehicle;
+  struct Row {
+    int32_t position;
+    vexCatalogItemType kind;
+    std::string vendor_number, description, status, quantity;
+    Currency jobber_cost;
+  };
+  std::vector<Row> rows;
+  int32_t count = 0;
+  Currency total_quantity, total_cost, flagged_quantity, flagged_cost;
+};
+
+SelectionFacts gather(ICatItemCol& selection) {
+  SelectionFacts facts;
+  facts.vehicle = selection.get_Vehicle();
+  facts.count = selection.get_Count();
+  for (int32_t i = 1; i <= facts.count; ++i) {
+    Variant position(i);
+    Ref<ICatItem> item = selection.get_Item(position);
+    if (!item) continue;
+    facts.rows.push_back({i, item->get_ItemType(), to_utf8(item->VendorNumber()),
+                          to_utf8(item->get_Description()),
+                          to_utf8(to_text(item->get_ItemStatus())),
+                          to_utf8(to_text(item->get_QuantityToOrder())),
+                          Currency::from_double(number_via_text(item->JobberCost()))});
+  }
+  facts.total_quantity = selection.get_ItemsTotalCount();
+  facts.total_cost = selection.get_ItemsTotalCost();
+  facts.flagged_quantity = selection.ItemsSelectedCount();
+  facts.flagged_cost = selection.ItemsSelectedCost();
+  return facts;
+}
+
+std::string vehicle_lines(ICatVehicle* vehicle) {
   if (!vehicle) return "Vehicle: (none)\n";
   std::string name = to_utf8(trim_blanks(vehicle->get_Description()));
   std::string out = "Vehicle: " + (name.empty() ? std::string("(none)") : name) + "\n";
@@ -90,31 +126,62 @@ std::string vehicle_lines(ICatItemCol& selection) {
   return out;
 }
 
+// Amounts as the library's own exact text ("38.2"): JSON numbers would pass through
+// floating point in most readers.
+std::string exact(Currency amount) { return to_utf8(amount.to_text()); }
+
+std::string dumped(const nlohmann::ordered_json& json) { return json.dump(2) + "\n"; }
+
 }  // namespace
 
 std::string selection_report(ICatItemCol& selection) {
-  std::string out = vehicle_lines(selection) + "\n";
+  SelectionFacts facts = gather(selection);
+  std::string out = vehicle_lines(facts.vehicle.get()) + "\n";
   Table table{{"#", "Kind", "Vendor number", "Description", "Status", "Qty", "Jobber cost"},
               {true, false, false, false, false, true, true},
               {}};
-  const int32_t count = selection.get_Count();
-  for (int32_t i = 1; i <= count; ++i) {
-    Variant position(i);
-    Ref<ICatItem> item = selection.get_Item(position);
-    if (!item) continue;
-    table.rows.push_back({std::to_string(i), kind_name(item->get_ItemType()),
-                          to_utf8(item->VendorNumber()), to_utf8(item->get_Description()),
-                          to_utf8(to_text(item->get_ItemStatus())),
-                          to_utf8(to_text(item->get_QuantityToOrder())),
-                          money(Currency::from_double(number_via_text(item->JobberCost())))});
+  for (const auto& row : facts.rows) {
+    table.rows.push_back({std::to_string(row.position), kind_name(row.kind), row.vendor_number,
+                          row.description, row.status, row.quantity, money(row.jobber_cost)});
   }
   out += table.render();
-  out += "\nItems: " + std::to_string(count) +
-         "   Total quantity: " + to_utf8(selection.get_ItemsTotalCount().to_text()) +
-         "   Total cost: " + money(selection.get_ItemsTotalCost()) + "\n";
-  out += "Flagged to order: quantity " + to_utf8(selection.ItemsSelectedCount().to_text()) +
-         ", cost " + money(selection.ItemsSelectedCost()) + "\n";
+  out += "\nItems: " + std::to_string(facts.count) +
+         "   Total quantity: " + exact(facts.total_quantity) +
+         "   Total cost: " + money(facts.total_cost) + "\n";
+  out += "Flagged to order: quantity " + exact(facts.flagged_quantity) + ", cost " +
+         money(facts.flagged_cost) + "\n";
   return out;
+}
+
+std::string selection_report_json(ICatItemCol& selection) {
+  SelectionFacts facts = gather(selection);
+  nlohmann::ordered_json out;
+  if (facts.vehicle) {
+    ICatVehicle& v = *facts.vehicle;
+    out["vehicle"] = {{"description", to_utf8(trim_blanks(v.get_Description()))},
+                      {"vin", to_utf8(v.get_VIN())},
+                      {"plate", to_utf8(v.get_Plate())},
+                      {"mileage", to_utf8(v.get_CurrentMileage())},
+                      {"aaia", to_utf8(v.get_AAIA())}};
+  } else {
+    out["vehicle"] = nullptr;
+  }
+  out["items"] = nlohmann::ordered_json::array();
+  for (const auto& row : facts.rows) {
+    out["items"].push_back({{"position", row.position},
+                            {"kind", kind_name(row.kind)},
+                            {"vendor_number", row.vendor_number},
+                            {"description", row.description},
+                            {"status", row.status},
+                            {"quantity", row.quantity},
+                            {"jobber_cost", exact(row.jobber_cost)}});
+  }
+  out["totals"] = {{"items", facts.count},
+                   {"quantity", exact(facts.total_quantity)},
+                   {"cost", exact(facts.total_cost)},
+                   {"flagged_quantity", exact(facts.flagged_quantity)},
+                   {"flagged_cost", exact(facts.flagged_cost)}};
+  return dumped(out);
 }
 
 std::string summary_report(ICatItemCol& selection) {
@@ -126,6 +193,18 @@ std::string summary_report(ICatItemCol& selection) {
                           to_utf8(description)});
   }
   return table.render() + "\n" + std::to_string(descriptions->size()) + " descriptions\n";
+}
+
+std::string summary_report_json(ICatItemCol& selection) {
+  nlohmann::ordered_json out;
+  out["descriptions"] = nlohmann::ordered_json::array();
+  Ref<Collection> descriptions = selection.GetDescriptions();
+  for (size_t i = 0; i < descriptions->size(); ++i) {
+    Text description = to_text(descriptions->at(i));
+    out["descriptions"].push_back(
+        {{"description", to_utf8(description)}, {"group", selection.GetItemGroup(description)}});
+  }
+  return dumped(out);
 }
 
 }  // namespace vexqom::tool
