@@ -5,7 +5,7 @@ include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(VEXQOM_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/vexqom)
-set(VEXQOM_PYTHON_DIR "" CACHE STRING
+set(VEXQOM_PYTHON_INSTALL_DIR "" CACHE STRING
     "Where the Python module goes (absolute, or relative to the prefix); empty: the purelib \
 folder of the Python interpreter for the install prefix")
 option(VEXQOM_INSTALL_STRIP
@@ -14,11 +14,9 @@ find_package(Python3 COMPONENTS Interpreter)
 
 # Runs first in the install script, so the targets below are stripped unless the caller
 # chose otherwise (cmake --install --strip, or this option off).
-install(CODE "
-  if(NOT DEFINED CMAKE_INSTALL_DO_STRIP AND ${VEXQOM_INSTALL_STRIP})
-    set(CMAKE_INSTALL_DO_STRIP 1)
-  endif()
-")
+if(VEXQOM_INSTALL_STRIP)
+  install(CODE "if(NOT DEFINED CMAKE_INSTALL_DO_STRIP)\n  set(CMAKE_INSTALL_DO_STRIP 1)\nendif()")
+endif()
 
 install(TARGETS vexqom EXPORT vexqomTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
@@ -52,9 +50,9 @@ install(CODE "
   message(STATUS \"Installing: \${prefix}/${CMAKE_INSTALL_LIBDIR}/pkgconfig/vexqom.pc\")
 ")
 
-if(Python3_Interpreter_FOUND OR VEXQOM_PYTHON_DIR)
+if(Python3_Interpreter_FOUND OR VEXQOM_PYTHON_INSTALL_DIR)
   install(CODE "
-    set(python_dir \"${VEXQOM_PYTHON_DIR}\")
+    set(python_dir \"${VEXQOM_PYTHON_INSTALL_DIR}\")
     if(python_dir STREQUAL \"\")
       execute_process(COMMAND \"${Python3_EXECUTABLE}\"
                               \"${CMAKE_CURRENT_LIST_DIR}/python_purelib.py\" \"\${CMAKE_INSTALL_PREFIX}\"

@@ -1,5 +1,6 @@
 #include "tool_schema.h"
 
+#include <libxml/globals.h>
 #include <libxml/parser.h>
 #include <libxml/xmlschemas.h>
 #include <unistd.h>
@@ -19,7 +20,7 @@ fs::path schema_folder() {
   std::error_code failed;
   fs::path self = fs::read_symlink("/proc/self/exe", failed);
   if (!failed) {
-    fs::path installed = self.parent_path() / VEXQOM_SCHEMA_FROM_BIN;
+    fs::path installed = (self.parent_path() / VEXQOM_SCHEMA_FROM_BIN).lexically_normal();
     if (fs::is_regular_file(installed / "common.xsd", failed)) return installed;
   }
   fs::path source = VEXQOM_SOURCE_SCHEMA_DIR;
@@ -46,6 +47,21 @@ void collect(void* lines, xmlErrorPtr error) {
       error->line > 0 ? "line " + std::to_string(error->line) + ": " + message : message);
 }
 
+// Sends this thread's libxml2 messages (a schema file's own parse errors among them)
+// into the lines while it lives, instead of to standard error.
+class Collecting {
+ public:
+  explicit Collecting(std::vector<std::string>& lines)
+      : handler_(xmlStructuredError), context_(xmlStructuredErrorContext) {
+    xmlSetStructuredErrorFunc(&lines, collect);
+  }
+  ~Collecting() { xmlSetStructuredErrorFunc(context_, handler_); }
+
+ private:
+  xmlStructuredErrorFunc handler_;
+  void* context_;
+};
+
 template <class T, void (*Free)(T*)>
 using Owned = std::unique_ptr<T, decltype([](T* p) { Free(p); })>;
 
@@ -64,9 +80,9 @@ std::vector<std::string> schema_errors(const std::string& xml, const std::string
   if (!fs::is_regular_file(schema_path, failed)) {
     throw Refusal("cannot read the schema " + schema_path + ": no such file");
   }
+  Collecting collecting(lines);
   Owned<xmlSchemaParserCtxt, xmlSchemaFreeParserCtxt> parser(
       xmlSchemaNewParserCtxt(schema_path.c_str()));
-  if (parser) xmlSchemaSetParserStructuredErrors(parser.get(), collect, &lines);
   Owned<xmlSchema, xmlSchemaFree> schema(parser ? xmlSchemaParse(parser.get()) : nullptr);
   if (!schema) {
     std::string reason = lines.empty() ? std::string() : ": " + lines.front();
@@ -79,7 +95,6 @@ std::vector<std::string> schema_errors(const std::string& xml, const std::string
   if (!doc) throw Refusal("not well-formed XML");
   Owned<xmlSchemaValidCtxt, xmlSchemaFreeValidCtxt> validator(
       xmlSchemaNewValidCtxt(schema.get()));
-  xmlSchemaSetValidStructuredErrors(validator.get(), collect, &lines);
   const int outcome = xmlSchemaValidateDoc(validator.get(), doc.get());
   if (outcome != 0 && lines.empty()) lines.push_back("does not match " + schema_path);
   return lines;

@@ -538,7 +538,10 @@ def _add_members(cls, entries):
 
             result = reader["result"] if reader else "none"
             fget.__annotations__ = {"return": _annotation(result)}
-            writable = "let" in accessors or "set" in accessors
+            writer = accessors.get("let") or accessors.get("set")
+            if writer is not None:
+                fset.__annotations__ = {"value": _annotation(writer["params"][-1]["type"])}
+            writable = writer is not None
             setattr(cls, name, property(fget, fset if writable else None,
                                         doc=f"{result}: {kinds}; dispatch id {dispid}"))
         writer = accessors.get("let") or accessors.get("set")
