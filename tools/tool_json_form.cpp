@@ -149,28 +149,34 @@ struct Writer {
   }
 };
 
-}  // namespace
-
-std::string selection_json(const std::string& library_xml) {
-  // The library writes a CR as itself; an XML parser would read CR LF as LF.
-  std::string text;
-  text.reserve(library_xml.size());
-  for (char c : library_xml) {
+// The text as libxml2's tree. The library keeps a CR inside a value as itself, where an
+// XML parser reads CR LF as LF: CRs go in as references, unless one stands inside a tag.
+using Document = std::unique_ptr<xmlDoc, void (*)(xmlDocPtr)>;
+Document parsed(const std::string& xml) {
+  auto parse = [](const std::string& text) {
+    return Document(xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, "UTF-8",
+                                  XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING),
+                    &xmlFreeDoc);
+  };
+  std::string kept;
+  kept.reserve(xml.size());
+  for (char c : xml) {
     if (c == '\r') {
-      text += "&#13;";
+      kept += "&#13;";
     } else {
-      text += c;
+      kept += c;
     }
   }
-  std::unique_ptr<xmlDoc, void (*)(xmlDocPtr)> doc(
-      xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, "UTF-8",
-                    XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING),
-      &xmlFreeDoc);
+  Document doc = parse(kept);
+  return doc ? std::move(doc) : parse(xml);
+}
+
+}  // namespace
+
+std::string selection_json(const std::string& xml) {
+  Document doc = parsed(xml);
   xmlNode* root = doc ? xmlDocGetRootElement(doc.get()) : nullptr;
-  if (root == nullptr) {
-    throw Refusal("the library's text of this selection is not well-formed XML "
-                  "(a field holds broken markup)");
-  }
+  if (root == nullptr) throw Refusal("not well-formed XML");
   Json out = Json::object();
   for_each_element(root, [&](xmlNode* c) {
     const std::string name(name_of(c));
@@ -201,8 +207,13 @@ Text selection_xml(const std::string& json) {
     if (name == "Items") {
       out.list("\"Items\"", value, "Item", "item");
     } else if (name == "Vehicle") {
+      Json vehicle = value;
+      if (vehicle.is_object() && vehicle.contains("CurrentMileage")) {
+        vehicle["Mileage"] = vehicle["CurrentMileage"];
+        vehicle.erase("CurrentMileage");
+      }
       out.xml += "<Vehicle>";
-      out.record("\"Vehicle\"", value, false);
+      out.record("\"Vehicle\"", vehicle, false);
       out.xml += "</Vehicle>";
     } else {
       out.field("the selection", name, value);

@@ -4,9 +4,10 @@
 //    "Items": [{"ItemStatus": "ORDER", ..., "Prices": [{"Location": "JOBBER", ...}], ...}],
 //    "Vehicle": {"Year": "2004", ...}}
 //
-// Every field is a string named after its element in the library's XML form, in the
-// form's order; the lists' counts are the arrays' lengths. Both directions go through the
-// library, so XML -> JSON -> XML gives back the library's text byte for byte.
+// Every field is a string holding its element's text, named after the element, in the
+// document's order; the lists' counts are the arrays' lengths. The way back goes through
+// the library (it reads the document and writes it), so a document the library wrote
+// comes back byte for byte.
 #pragma once
 
 #include <string>
@@ -15,11 +16,12 @@
 
 namespace vexqom::tool {
 
-// The selection's JSON form, from the text the library writes for it.
-std::string selection_json(const std::string& library_xml);
+// The JSON form of an item document's text (well-formed, root "Items").
+std::string selection_json(const std::string& xml);
 
-// The item document a JSON form describes, ready for the library to load; refuses JSON
-// that does not have the form's shape.
+// The item document a JSON form describes, ready for the library to read; refuses JSON
+// that does not have the form's shape. The vehicle's mileage, written "CurrentMileage",
+// goes in as "Mileage": the element the library reads it from.
 Text selection_xml(const std::string& json);
 
 }  // namespace vexqom::tool

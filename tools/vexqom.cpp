@@ -115,9 +115,9 @@ int run_validate(const Args& args) {
 }
 
 int run_json(const Args& args) {
-  auto selection = load_selection(args);
-  std::fputs(vexqom::tool::selection_json(vexqom::to_utf8(selection->get_XML())).c_str(),
-             stdout);
+  vexqom::validate_xml(args.text());
+  vexqom::tool::require_item_document(args.bytes);
+  std::fputs(vexqom::tool::selection_json(args.bytes).c_str(), stdout);
   return 0;
 }
 
@@ -171,8 +171,9 @@ const Command kCommands[] = {
      {"--schema", "--schema="}, true, run_validate},
     {"json", "json FILE",
      "Writes the whole selection in its JSON form: {\"XDocVersion\", \"Items\": [items\n"
-     "with their \"Prices\"], \"Vehicle\"}, every field a string named after its XML\n"
-     "element. 'vexqom xml' turns it back into the same item document.\n",
+     "with their \"Prices\"], \"Vehicle\"}, every field a string holding its element's\n"
+     "text, named after the element. 'vexqom xml' turns it back into the item\n"
+     "document, byte for byte when the library wrote it.\n",
      {}, true, run_json},
     {"xml", "xml FILE.json",
      "Reads a selection's JSON form (see 'vexqom json') and writes its item document\n"
