@@ -182,6 +182,7 @@ _lib.vq_member_info.restype = ctypes.c_int32
 _lib.vq_class_name.argtypes = [ctypes.c_void_p]
 _lib.vq_class_name.restype = ctypes.c_char_p
 _lib.vq_type_library.restype = ctypes.c_char_p
+_lib.vq_version.restype = ctypes.c_char_p
 
 
 def _check(status):
@@ -527,7 +528,7 @@ def _add_members(cls, entries):
         if reader is not None and (reader["params"] or "get" not in accessors):
             function = _caller(cls.__name__, name, dispid, VQ_METHOD | VQ_GET,
                                _signature(reader["params"], reader["result"]))
-            function.__doc__ = f"{kinds}; dispatch id {dispid}"
+            function.__doc__ = f"{kinds}; dispatch id {dispid & 0xFFFFFFFF:#010x}"
             setattr(cls, name, function)
         else:
             def fget(self, _dispid=dispid):
@@ -543,7 +544,8 @@ def _add_members(cls, entries):
                 fset.__annotations__ = {"value": _annotation(writer["params"][-1]["type"])}
             writable = writer is not None
             setattr(cls, name, property(fget, fset if writable else None,
-                                        doc=f"{result}: {kinds}; dispatch id {dispid}"))
+                                        doc=f"{result}: {kinds}; dispatch id "
+                                            f"{dispid & 0xFFFFFFFF:#010x}"))
         writer = accessors.get("let") or accessors.get("set")
         if writer is not None and len(writer["params"]) > 1:
             flags = VQ_LET if "let" in accessors else VQ_SET
@@ -552,7 +554,11 @@ def _add_members(cls, entries):
             function.__doc__ = f"{name}: {'let' if flags == VQ_LET else 'set'} with parameters"
             setattr(cls, "Set" + name, function)
     if "Count" in members and "NewEnum" in members:
-        cls.__len__ = lambda self: self.Count
+        def length(self):
+            """The number of members (Count)."""
+            return self.Count
+
+        cls.__len__ = length
 
 
 def _make_classes():
@@ -569,6 +575,8 @@ def _make_classes():
         _CLASSES[name] = type(name, (Dispatch,), {"__slots__": (), "__doc__": doc,
                                                   "__module__": __name__,
                                                   "_creation_name": creation_name})
+        if creation_name:
+            _CLASSES[name].__signature__ = inspect.Signature()  # help(): ICatItemCol()
     for name, _, members in described:
         _add_members(_CLASSES[name], members)
 
