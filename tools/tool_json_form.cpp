@@ -27,13 +27,14 @@ bool holds_markup(const xmlNode* field) {
   return false;
 }
 
-// A field's text as the library holds it. The library keeps a text that begins with "<"
-// and ends with ">" as markup: that comes out as its XML text, empty elements written
-// "<i></i>" as the library would have kept them.
+// A field's text. The library writes a text that begins with "<" and ends with ">" as
+// markup: that comes out as the markup's text in libxml2's writing, with empty elements
+// as "<i></i>", the way the library keeps them.
 std::string field_value(xmlNode* field) {
   std::unique_ptr<xmlBuffer, void (*)(xmlBufferPtr)> buffer(xmlBufferCreate(), &xmlBufferFree);
   if (holds_markup(field)) {
-    xmlSaveCtxtPtr save = xmlSaveToBuffer(buffer.get(), "UTF-8", XML_SAVE_NO_EMPTY | XML_SAVE_AS_XML);
+    xmlSaveCtxtPtr save =
+        xmlSaveToBuffer(buffer.get(), "UTF-8", XML_SAVE_NO_EMPTY | XML_SAVE_AS_XML);
     for (xmlNode* c = field->children; c != nullptr; c = c->next) xmlSaveTree(save, c);
     xmlSaveClose(save);
   } else {
@@ -54,7 +55,8 @@ void for_each_element(xmlNode* parent, F&& f) {
 Json members(xmlNode* list, Json (*record)(xmlNode*)) {
   Json out = Json::array();
   for_each_element(list, [&](xmlNode* c) {
-    if (name_of(c) == "Collection") for_each_element(c, [&](xmlNode* m) { out.push_back(record(m)); });
+    if (name_of(c) != "Collection") return;
+    for_each_element(c, [&](xmlNode* m) { out.push_back(record(m)); });
   });
   return out;
 }
@@ -68,7 +70,8 @@ Json fields(xmlNode* record) {
 Json item(xmlNode* element) {
   Json out = Json::object();
   for_each_element(element, [&](xmlNode* f) {
-    out[std::string(name_of(f))] = name_of(f) == "Prices" ? members(f, fields) : Json(field_value(f));
+    const std::string name(name_of(f));
+    out[name] = name == "Prices" ? members(f, fields) : Json(field_value(f));
   });
   return out;
 }

@@ -3,7 +3,6 @@
 #include <libxml/globals.h>
 #include <libxml/parser.h>
 #include <libxml/xmlschemas.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <memory>
