@@ -51,15 +51,16 @@ v = vexqom.ICatVehicle(); v.Make = "Ford"
 print(vexqom._library_path, v.Description, vexqom.__version__, "Make" in dir(v))')
 [ "$out" = "$prefix/lib/libvexqom_PLUMEK2.so.2  Ford   2.20.0 True" ] || fail "python printed: $out"
 
-# pip from the source tree with Debian's own setuptools and no network.
-if [ -x /usr/bin/python3 ] && /usr/bin/python3 -c 'import setuptools, wheel' 2>/dev/null; then
+# pip from the source tree as the README says, with Debian's own setuptools and no network.
+if /usr/bin/python3 -c 'import ensurepip, wheel' 2>/dev/null; then
   cp -r "$root/python" "$scratch/python-source"  # pip builds in place: not in the tree
-  /usr/bin/python3 -m pip install -q --no-build-isolation --no-index --target "$scratch/pip" \
-    "$scratch/python-source" 2>/dev/null
-  out=$(cd "$scratch" && PYTHONPATH="$scratch/pip" VEXQOM_LIBRARY="$prefix/lib/libvexqom_PLUMEK2.so" \
-        /usr/bin/python3 -c 'import vexqom; print(len(vexqom.ICatItemCol()))')
+  /usr/bin/python3 -m venv --system-site-packages "$scratch/venv"
+  "$scratch/venv/bin/pip" install -q --no-build-isolation --no-index "$scratch/python-source"
+  out=$(cd "$scratch" && VEXQOM_LIBRARY="$prefix/lib/libvexqom_PLUMEK2.so" \
+        "$scratch/venv/bin/python" -c 'import vexqom; print(len(vexqom.ICatItemCol()))')
   [ "$out" = 0 ] || fail "pip-installed module printed: $out"
-  [ -e "$scratch/pip/vexqom/__init__.pyi" ] || fail "pip left out the type stubs"
+  ls "$scratch"/venv/lib/python3*/site-packages/vexqom/__init__.pyi >/dev/null ||
+    fail "pip left out the type stubs"
 fi
 
 tool=$prefix/bin/vexqom
