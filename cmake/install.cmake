@@ -1,11 +1,22 @@
 # Installation: the shared library, the public headers, the vexqom tool, the Python module,
-# a CMake package (find_package(vexqom) gives vexqom::vexqom) and a pkg-config file.
+# the XML schemas, a CMake package (find_package(vexqom) gives vexqom::vexqom) and a
+# pkg-config file.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(VEXQOM_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/vexqom)
-set(VEXQOM_PYTHON_DIR ${CMAKE_INSTALL_LIBDIR}/python3/dist-packages
-    CACHE STRING "Where the Python module is installed, relative to the prefix")
+set(VEXQOM_PYTHON_INSTALL_DIR "" CACHE STRING
+    "Where the Python module goes (absolute, or relative to the prefix); empty: the purelib \
+folder of the Python interpreter for the install prefix")
+option(VEXQOM_INSTALL_STRIP
+       "Strip the installed library and tool (the build tree keeps its debugging information)" ON)
+find_package(Python3 COMPONENTS Interpreter)
+
+# Runs first in the install script, so the targets below are stripped unless the caller
+# chose otherwise (cmake --install --strip, or this option off).
+if(VEXQOM_INSTALL_STRIP)
+  install(CODE "if(NOT DEFINED CMAKE_INSTALL_DO_STRIP)\n  set(CMAKE_INSTALL_DO_STRIP 1)\nendif()")
+endif()
 
 install(TARGETS vexqom EXPORT vexqomTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
@@ -30,7 +41,7 @@ install(FILES ${CMAKE_BINARY_DIR}/vexqomConfig.cmake ${CMAKE_BINARY_DIR}/vexqomC
 
 configure_file(${CMAKE_CURRENT_LIST_DIR}/vexqom.pc.in ${CMAKE_BINARY_DIR}/vexqom.pc.in-prefix @ONLY)
 # The prefix is only known at install time (cmake --install --prefix), so the .pc file and
-# the Python module's pointer to the library are written then.
+# the Python module's folder and pointer to the library are settled then.
 install(CODE "
   set(prefix \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}\")
   file(READ \"${CMAKE_BINARY_DIR}/vexqom.pc.in-prefix\" pc)
@@ -38,10 +49,23 @@ install(CODE "
   file(WRITE \"\${prefix}/${CMAKE_INSTALL_LIBDIR}/pkgconfig/vexqom.pc\" \"\${pc}\")
   message(STATUS \"Installing: \${prefix}/${CMAKE_INSTALL_LIBDIR}/pkgconfig/vexqom.pc\")
 ")
-install(DIRECTORY ${CMAKE_SOURCE_DIR}/python/vexqom DESTINATION ${VEXQOM_PYTHON_DIR}
-        PATTERN "__pycache__" EXCLUDE)
-install(CODE "
-  set(prefix \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}\")
-  file(WRITE \"\${prefix}/${VEXQOM_PYTHON_DIR}/vexqom/_installed.py\"
-       \"LIBRARY = \\\"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/libvexqom_PLUMEK2.so\\\"\\n\")
-")
+
+if(Python3_Interpreter_FOUND OR VEXQOM_PYTHON_INSTALL_DIR)
+  install(CODE "
+    set(python_dir \"${VEXQOM_PYTHON_INSTALL_DIR}\")
+    if(python_dir STREQUAL \"\")
+      execute_process(COMMAND \"${Python3_EXECUTABLE}\"
+                              \"${CMAKE_CURRENT_LIST_DIR}/python_purelib.py\" \"\${CMAKE_INSTALL_PREFIX}\"
+                      OUTPUT_VARIABLE python_dir OUTPUT_STRIP_TRAILING_WHITESPACE
+                      COMMAND_ERROR_IS_FATAL ANY)
+    elseif(NOT IS_ABSOLUTE \"\${python_dir}\")
+      set(python_dir \"\${CMAKE_INSTALL_PREFIX}/\${python_dir}\")
+    endif()
+    file(INSTALL \"${CMAKE_SOURCE_DIR}/python/vexqom\" DESTINATION \"\$ENV{DESTDIR}\${python_dir}\"
+         PATTERN __pycache__ EXCLUDE)
+    # The library by its versioned name: the one that stays when only the runtime is there.
+    file(WRITE \"\$ENV{DESTDIR}\${python_dir}/vexqom/_installed.py\"
+         \"LIBRARY = \\\"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/$<TARGET_SONAME_FILE_NAME:vexqom>\\\"\\n\")
+    message(STATUS \"Installing: \$ENV{DESTDIR}\${python_dir}/vexqom/_installed.py\")
+  ")
+endif()

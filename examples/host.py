@@ -17,7 +17,10 @@ def main(source, target):
     before = int(item.QuantityToOrder("JOBBER") or 0)
     item.SetQuantityToOrder("JOBBER", before + 10)
     print(f"{item.Description}: JOBBER quantity {before} -> {before + 10}")
-    print(f"selection total quantity now {selection.ItemsTotalCount}")
+    # ItemsTotalCount is a running total, kept up by Add and Remove only; the quantity
+    # flagged to order is counted afresh from the items.
+    print(f"flagged to order now {selection.ItemsSelectedCount()} "
+          f"(running total {selection.ItemsTotalCount}, changed only by Add and Remove)")
 
     with open(target, "w", encoding="utf-8", newline="") as f:
         f.write(selection.XML)

@@ -51,6 +51,13 @@ VQ_EXPORT int32_t  vq_enum_next(vq_object* enumerator, vq_value* out);  /* 1: a 
  * method when it has no get; -1 when it has neither. */
 VQ_EXPORT int32_t vq_member_info(vq_object* obj, int32_t dispid, int32_t* accessors,
                                  int32_t* get_params);
+/* The object's class name ("ICatItemCol"; "Collection" for what GetDescriptions returns,
+ * "enumerator" for what NewEnum returns); NULL for a NULL object. Static text. */
+VQ_EXPORT const char* vq_class_name(vq_object* obj);
+/* The type library as JSON text (what `vexqom typelib` prints). Static text. */
+VQ_EXPORT const char* vq_type_library(void);
+/* The library's version, "2.20.0". Static text. */
+VQ_EXPORT const char* vq_version(void);
 
 /* ---- In-process server entry points ---- */
 

@@ -1,97 +1,134 @@
 // vexqom: open a stored catalog selection at a terminal and see it.
 //
-// Every subcommand reads FILE, or standard input for "-", as UTF-8 text. On failure the
-// library's composed error message goes to standard error and the status is 1; wrong
-// usage gives status 2.
-#include <sys/stat.h>
-
+// Every subcommand reads FILE, or standard input for "-", as UTF-8 text. Failures are
+// printed as "vexqom: FILE: message", one line each, and give status 1; wrong usage gives
+// status 2.
 #include <cstdio>
 #include <cstring>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "tool_demo.h"
+#include "tool_input.h"
+#include "tool_json_form.h"
+#include "tool_reports.h"
+#include "tool_schema.h"
+#include "vexqom.h"
 #include "vexqom/ICatItemCol.h"
 #include "vexqom/error.h"
 #include "vexqom/typelib.h"
 #include "vexqom/xml_text.h"
-#include "tool_demo.h"
-#include "tool_table.h"
 
 namespace {
 
 using vexqom::Text;
+using vexqom::tool::Refusal;
+
+// One invocation: the file as named on the command line, its text, the options given.
+struct Args {
+  std::string file;
+  std::string bytes;
+  std::vector<std::string> options;
+
+  bool has(std::string_view option) const {
+    for (const std::string& o : options) {
+      if (o == option || o.starts_with(std::string(option) + "=")) return true;
+    }
+    return false;
+  }
+  // The value of "--option=VALUE", empty when given bare.
+  std::string value(std::string_view option) const {
+    for (const std::string& o : options) {
+      if (o.starts_with(std::string(option) + "=")) return o.substr(option.size() + 1);
+    }
+    return std::string();
+  }
+  Text text() const { return vexqom::from_utf8(bytes); }
+};
 
 struct Command {
   const char* name;
   const char* synopsis;
   const char* help;
+  std::vector<std::string_view> options;  // "--schema=" also takes a value
   bool takes_file;
-  int (*run)(const Text& input);
+  int (*run)(const Args& args);
 };
-
-
-// The whole stream, read into one string: a regular file in one piece of its own size,
-// anything else in blocks that grow geometrically.
-std::string read_stream(std::FILE* in) {
-  struct stat info {};
-  const bool regular = fstat(fileno(in), &info) == 0 && S_ISREG(info.st_mode);
-  std::string bytes;
-  // One byte beyond a regular file's size, so that its end shows as a short read.
-  bytes.resize(regular ? static_cast<size_t>(info.st_size) + 1 : size_t{1} << 16);
-  size_t used = 0;
-  for (;;) {
-    used += std::fread(bytes.data() + used, 1, bytes.size() - used, in);
-    if (used < bytes.size()) break;
-    bytes.resize(bytes.size() * 2);
-  }
-  bytes.resize(used);
-  return bytes;
-}
-
-std::string read_all(const std::string& path) {
-  if (path == "-") return read_stream(stdin);
-  std::unique_ptr<std::FILE, int (*)(std::FILE*)> in(std::fopen(path.c_str(), "rb"), &std::fclose);
-  if (!in) throw vexqom::Error(vexqom::errc::kFileNotFound, vexqom::from_utf8("File not found: " + path));
-  return read_stream(in.get());
-}
 
 void write_text(const Text& text) {
   std::string bytes = vexqom::to_utf8(text);
   std::fwrite(bytes.data(), 1, bytes.size(), stdout);
 }
 
-int run_show(const Text& input) {
+// A selection from an item document; the library's own message when the text is not
+// well-formed, a refusal when its root is not "Items".
+vexqom::Ref<vexqom::ICatItemCol> load_selection(const Args& args) {
+  const Text text = args.text();
+  vexqom::validate_xml(text);
+  vexqom::tool::require_item_document(args.bytes);
   auto selection = vexqom::create<vexqom::ICatItemCol>();
-  selection->put_XML(input);
-  std::fputs(vexqom::tool::selection_report(*selection).c_str(), stdout);
+  selection->put_XML(text);
+  return selection;
+}
+
+int run_show(const Args& args) {
+  auto selection = load_selection(args);
+  std::fputs((args.has("--json") ? vexqom::tool::selection_report_json(*selection)
+                                 : vexqom::tool::selection_report(*selection))
+                 .c_str(),
+             stdout);
   return 0;
 }
 
-int run_summary(const Text& input) {
+int run_summary(const Args& args) {
+  auto selection = load_selection(args);
+  std::fputs((args.has("--json") ? vexqom::tool::summary_report_json(*selection)
+                                 : vexqom::tool::summary_report(*selection))
+                 .c_str(),
+             stdout);
+  return 0;
+}
+
+int run_pretty(const Args& args) {
+  write_text(vexqom::prettify_xml(args.text()));
+  return 0;
+}
+
+int run_compress(const Args& args) {
+  write_text(vexqom::compress_xml(args.text()));
+  return 0;
+}
+
+int run_validate(const Args& args) {
+  vexqom::validate_xml(args.text());
+  if (args.has("--schema")) {
+    std::string schema = args.value("--schema");
+    if (schema.empty()) schema = vexqom::tool::schema_for_root(vexqom::tool::root_element(args.bytes));
+    std::string complaints;
+    for (const std::string& line : vexqom::tool::schema_errors(args.bytes, schema)) {
+      complaints += line + "\n";
+    }
+    if (!complaints.empty()) throw Refusal(complaints);
+  }
+  return 0;
+}
+
+int run_json(const Args& args) {
+  vexqom::validate_xml(args.text());
+  vexqom::tool::require_item_document(args.bytes);
+  std::fputs(vexqom::tool::selection_json(args.bytes).c_str(), stdout);
+  return 0;
+}
+
+int run_xml(const Args& args) {
   auto selection = vexqom::create<vexqom::ICatItemCol>();
-  selection->put_XML(input);
-  std::fputs(vexqom::tool::summary_report(*selection).c_str(), stdout);
+  selection->put_XML(vexqom::tool::selection_xml(args.bytes));
+  write_text(selection->get_XML());
   return 0;
 }
 
-int run_pretty(const Text& input) {
-  write_text(vexqom::prettify_xml(input));
-  return 0;
-}
-
-int run_compress(const Text& input) {
-  write_text(vexqom::compress_xml(input));
-  return 0;
-}
-
-int run_validate(const Text& input) {
-  vexqom::validate_xml(input);
-  return 0;
-}
-
-int run_demo(const Text&) {
+int run_demo(const Args&) {
   auto selection = vexqom::tool::demo_selection();
   std::fputs(vexqom::tool::selection_report(*selection).c_str(), stdout);
   std::fputs("\nXML:\n", stdout);
@@ -100,34 +137,60 @@ int run_demo(const Text&) {
   return 0;
 }
 
-int run_typelib(const Text&) {
+int run_typelib(const Args&) {
   std::fputs(vexqom::type_library_json().c_str(), stdout);
   return 0;
 }
 
 const Command kCommands[] = {
-    {"show", "show FILE", "Loads the item document and prints the vehicle, one row per item\n"
+    {"show", "show [--json] FILE",
+     "Loads the item document and prints the vehicle, one row per item\n"
      "(kind, vendor number, description, status, quantity to order, jobber cost)\n"
-     "and the totals.\n", true, run_show},
-    {"summary", "summary FILE", "Prints the distinct item descriptions with their item groups.\n",
-     true, run_summary},
-    {"pretty", "pretty FILE", "Writes the text re-indented, one element per line.\n", true,
+     "and the totals. Refuses text that is not an item document (root \"Items\").\n\n"
+     "  --json  the same as a JSON object: \"vehicle\", \"items\", \"totals\";\n"
+     "          amounts and quantities are strings with the library's exact text\n",
+     {"--json"}, true, run_show},
+    {"summary", "summary [--json] FILE",
+     "Prints the distinct item descriptions with their item groups.\n\n"
+     "  --json  the same as {\"descriptions\": [{\"description\": ..., \"group\": ...}]}\n",
+     {"--json"}, true, run_summary},
+    {"pretty", "pretty FILE", "Writes the text re-indented, one element per line.\n", {}, true,
      run_pretty},
     {"compress", "compress FILE",
-     "Writes the text with surrounding blanks and empty elements removed.\n", true, run_compress},
-    {"validate", "validate FILE",
+     "Writes the text with its leading and trailing blanks trimmed and every empty\n"
+     "element (<Name></Name>) removed together with the blanks around it; an element\n"
+     "left empty by that goes too. Other line breaks and blanks stay.\n",
+     {}, true, run_compress},
+    {"validate", "validate [--schema[=XSD]] FILE",
      "Parses the text; prints nothing when it is well-formed, the parser's reason\n"
-     "and location when it is not.\n", true, run_validate},
-    {"demo", "demo", "Builds a sample selection in memory and prints it and its XML.\n", false,
-     run_demo},
+     "and location when it is not.\n\n"
+     "  --schema      also checks it against the shipped XML Schema for its root\n"
+     "                element (Items, Item, Prices, Price, Vehicle, ICatPresetCol,\n"
+     "                ICatPreset, ICatList)\n"
+     "  --schema=XSD  against that schema file instead\n",
+     {"--schema", "--schema="}, true, run_validate},
+    {"json", "json FILE",
+     "Writes the whole selection in its JSON form: {\"XDocVersion\", \"Items\": [items\n"
+     "with their \"Prices\"], \"Vehicle\"}, every field a string holding its element's\n"
+     "text, named after the element. 'vexqom xml' turns it back into the item\n"
+     "document, byte for byte when the library wrote it.\n",
+     {}, true, run_json},
+    {"xml", "xml FILE.json",
+     "Reads a selection's JSON form (see 'vexqom json') and writes its item document\n"
+     "as the library writes it, with no line end added.\n",
+     {}, true, run_xml},
+    {"demo", "demo", "Builds a sample selection in memory and prints it and its XML.\n", {},
+     false, run_demo},
     {"typelib", "typelib",
      "Prints the type library as JSON: classes, creation names, identifiers,\n"
      "interfaces with their members in slot order, the event interface and the\n"
-     "enumeration.\n", false, run_typelib},
+     "enumeration.\n",
+     {}, false, run_typelib},
 };
 
 std::string usage() {
-  std::string text = "usage: vexqom <command> [FILE | -]\n\ncommands:\n";
+  std::string text = "usage: vexqom <command> [options] [FILE | -]\n"
+                     "       vexqom --version\n\ncommands:\n";
   for (const Command& c : kCommands) {
     text += "  vexqom " + std::string(c.synopsis) + "\n";
   }
@@ -142,6 +205,26 @@ std::string command_help(const Command& c) {
 
 bool is_help(std::string_view arg) { return arg == "--help" || arg == "-h"; }
 
+bool known_option(const Command& c, std::string_view arg) {
+  for (std::string_view o : c.options) {
+    if (o.ends_with('=') ? arg.starts_with(o) && arg.size() > o.size() : arg == o) return true;
+  }
+  return false;
+}
+
+// Every line of a message under the prefix, with plain line ends: the library's messages
+// separate their levels with CR LF.
+void print_error(const std::string& file, std::string_view message) {
+  const std::string prefix = "vexqom: " + (file.empty() ? std::string() : file + ": ");
+  while (!message.empty()) {
+    size_t end = message.find_first_of("\r\n");
+    std::string_view line = message.substr(0, end);
+    std::fprintf(stderr, "%s%.*s\n", prefix.c_str(), static_cast<int>(line.size()), line.data());
+    if (end == std::string_view::npos) break;
+    message.remove_prefix(end + (message.compare(end, 2, "\r\n") == 0 ? 2 : 1));
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -154,6 +237,10 @@ int main(int argc, char** argv) {
     std::fputs(usage().c_str(), stdout);
     return 0;
   }
+  if (name == "--version") {
+    std::printf("vexqom %s (library vexqom_PLUMEK2 %s)\n", VEXQOM_TOOL_VERSION, vq_version());
+    return 0;
+  }
   const Command* command = nullptr;
   for (const Command& c : kCommands) {
     if (name == c.name) command = &c;
@@ -162,28 +249,41 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "vexqom: unknown command '%s'\n\n%s", argv[1], usage().c_str());
     return 2;
   }
+  Args args;
+  std::vector<std::string> files;
   for (int i = 2; i < argc; ++i) {
-    if (is_help(argv[i])) {
+    std::string_view arg = argv[i];
+    if (is_help(arg)) {
       std::fputs(command_help(*command).c_str(), stdout);
       return 0;
     }
+    if (arg.starts_with("--")) {
+      if (!known_option(*command, arg)) {
+        std::fprintf(stderr, "vexqom: %s: unknown option '%s'\n\n%s", command->name, argv[i],
+                     command_help(*command).c_str());
+        return 2;
+      }
+      args.options.emplace_back(arg);
+    } else {
+      files.emplace_back(arg);
+    }
   }
-  const int wanted = command->takes_file ? 3 : 2;
-  if (argc != wanted) {
-    std::fprintf(stderr, "%s", command_help(*command).c_str());
+  if (files.size() != (command->takes_file ? 1u : 0u)) {
+    std::fputs(command_help(*command).c_str(), stderr);
     return 2;
   }
+  if (command->takes_file) args.file = files.front();
   try {
-    Text input = command->takes_file ? vexqom::from_utf8(read_all(argv[2])) : Text();
-    int status = command->run(input);
+    if (command->takes_file) args.bytes = vexqom::tool::read_input(args.file);
+    int status = command->run(args);
     std::fflush(stdout);
     return status;
   } catch (const vexqom::Error& e) {
     std::fflush(stdout);
-    std::fprintf(stderr, "%s\n", vexqom::to_utf8(e.description()).c_str());
-    return 1;
+    print_error(args.file, vexqom::to_utf8(e.description()));
   } catch (const std::exception& e) {
-    std::fprintf(stderr, "%s\n", e.what());
-    return 1;
+    std::fflush(stdout);
+    print_error(args.file, e.what());
   }
+  return 1;
 }

@@ -1,26 +1,38 @@
 """Python host module for the vexqom_PLUMEK2 catalog selection library.
 
 Standard library only: the shared library is reached through its C interface with
-ctypes. Objects are created by creation name and used through dispatch:
+ctypes. Objects are created by creation name (or by their class) and used through
+dispatch; member names are caseless:
 
     import vexqom
-    vehicle = vexqom.Dispatch("vexqom_PLUMEK2.ICatVehicle")
+    vehicle = vexqom.Dispatch("vexqom_PLUMEK2.ICatVehicle")   # or vexqom.ICatVehicle()
     vehicle.Year = "2001"
     print(vehicle.Description)
 
+Each class of the library (ICatItemCol, ICatItem, ...) is a subclass of Dispatch made
+from the library's type library when the module is imported, so dir(), help() and
+completion list its members with their parameters.
+
 The shared library is found through the environment variable VEXQOM_LIBRARY (a path to
 the library, or to the folder holding it), else next to this package (inside its folder,
-then beside it), else in the project's build folder, else where the installation put it.
+then beside it), else in the project's build folder, else where the installation put it,
+else through the system's loader (after an installation and ldconfig).
 """
 
 import ctypes
 import decimal
+import inspect
+import json
 import os
 import pathlib
+import typing
 
-__all__ = ["Dispatch", "Error", "Null"]
+__version__ = "2.20.0"
+
+__all__ = ["Dispatch", "Error", "MemberNotFoundError", "TypeMismatchError", "Null"]
 
 _LIBRARY_FILE = "libvexqom_PLUMEK2.so"
+_LIBRARY_SONAME = _LIBRARY_FILE + "." + __version__.split(".")[0]
 
 VQ_EMPTY, VQ_NULL, VQ_INTEGER, VQ_LONG, VQ_DOUBLE = 0, 1, 2, 3, 5
 VQ_CURRENCY, VQ_TEXT, VQ_OBJECT, VQ_BOOLEAN = 6, 8, 9, 11
@@ -60,27 +72,37 @@ Null = _NullType()
 class Error(Exception):
     """A failure raised by the library: number, source and description."""
 
-    def __init__(self, number, source, description):
-        super().__init__(f"{description} (error {number})")
+    def __init__(self, number, source, description, message=None):
+        super().__init__(message or f"{description} (error {number})")
         self.number = number
         self.source = source
         self.description = description
 
 
-class _MemberNotFound(Error, AttributeError):
-    """No member of that name: a library error that is also an AttributeError."""
+class MemberNotFoundError(Error, AttributeError):
+    """No member of that name (library error -2147352573, also an AttributeError)."""
 
-    def __init__(self, name):
-        Error.__init__(self, _MEMBER_NOT_FOUND, _SOURCE, "Member not found")
+    def __init__(self, obj, name):
+        Error.__init__(self, _MEMBER_NOT_FOUND, _SOURCE, "Member not found",
+                       f"{_class_name(obj)} has no member {name!r} (error {_MEMBER_NOT_FOUND})")
         self.name = name
+        self.obj = obj  # with name: lets Python suggest a near member
 
 
-class _UnmappedValue(Error, TypeError):
-    """A Python value with no library counterpart (error 13, also a TypeError)."""
+class TypeMismatchError(Error, TypeError):
+    """A Python value with no library counterpart (library error 13, also a TypeError)."""
 
     def __init__(self, value):
-        Error.__init__(self, _TYPE_MISMATCH, _SOURCE, "Type mismatch")
+        Error.__init__(self, _TYPE_MISMATCH, _SOURCE, "Type mismatch",
+                       f"a {type(value).__name__} cannot be passed to the library; use None, "
+                       f"vexqom.Null, int, float, Decimal, bool, str or a vexqom object "
+                       f"(error {_TYPE_MISMATCH})")
         self.value = value
+
+
+# These are what a traceback names.
+for _public in (Error, MemberNotFoundError, TypeMismatchError):
+    _public.__module__ = __name__
 
 
 class _Value(ctypes.Structure):
@@ -119,6 +141,10 @@ def _load_library():
         tried.append(str(path))
         if path.is_file():
             return str(path), ctypes.CDLL(str(path))
+    try:  # installed system-wide: the loader knows it by its versioned name
+        return _LIBRARY_SONAME, ctypes.CDLL(_LIBRARY_SONAME)
+    except OSError:
+        tried.append(_LIBRARY_SONAME + " through the system's loader")
     raise OSError("cannot find %s; tried: %s" % (_LIBRARY_FILE, ", ".join(tried)))
 
 
@@ -153,6 +179,10 @@ _lib.vq_enum_next.restype = ctypes.c_int32
 _lib.vq_member_info.argtypes = [ctypes.c_void_p, ctypes.c_int32,
                                 ctypes.POINTER(ctypes.c_int32), ctypes.POINTER(ctypes.c_int32)]
 _lib.vq_member_info.restype = ctypes.c_int32
+_lib.vq_class_name.argtypes = [ctypes.c_void_p]
+_lib.vq_class_name.restype = ctypes.c_char_p
+_lib.vq_type_library.restype = ctypes.c_char_p
+_lib.vq_version.restype = ctypes.c_char_p
 
 
 def _check(status):
@@ -162,6 +192,11 @@ def _check(status):
             (_lib.vq_error_source() or b"").decode("utf-8", "replace"),
             (_lib.vq_error_description() or b"").decode("utf-8", "replace"),
         )
+
+
+def _class_name(obj):
+    handle = getattr(obj, "_handle", None)
+    return (_lib.vq_class_name(handle) or b"Dispatch").decode() if handle else "Dispatch"
 
 
 def _to_value(py, out):
@@ -200,7 +235,7 @@ def _to_value(py, out):
         if py._handle:
             _lib.vq_addref(py._handle)
     else:
-        raise _UnmappedValue(py)
+        raise TypeMismatchError(py)
 
 
 def _from_value(value):
@@ -224,7 +259,7 @@ def _from_value(value):
         if not value.obj:
             return None
         _lib.vq_addref(value.obj)
-        return Dispatch._wrap(value.obj)
+        return _wrap(value.obj)
     raise Error(_TYPE_MISMATCH, _SOURCE, "Type mismatch")
 
 
@@ -244,7 +279,7 @@ def _invoke(handle, dispid, flags, args):
 
 
 class _Member:
-    """A member called with arguments: obj.Item("K1"), obj.Clear()."""
+    """A member reached by a caseless name and called with arguments: obj.item("K1")."""
 
     __slots__ = ("_owner", "_dispid", "_flags")
 
@@ -255,26 +290,42 @@ class _Member:
         return _invoke(self._owner._handle, self._dispid, self._flags, args)
 
 
+def _wrap(handle):
+    """A Python object of the right class for a handle that holds one reference."""
+    name = (_lib.vq_class_name(handle) or b"").decode()
+    self = object.__new__(_CLASSES.get(name, Dispatch))
+    object.__setattr__(self, "_handle", handle)
+    object.__setattr__(self, "_sinks", {})
+    return self
+
+
 class Dispatch:
-    """A library object reached by dispatch. Member names are caseless."""
+    """A library object reached by dispatch. Member names are caseless.
+
+    Dispatch("vexqom_PLUMEK2.ICatItemCol") creates an object by creation name (or
+    class identifier) and gives it as its class, here vexqom.ICatItemCol.
+    """
 
     __slots__ = ("_handle", "_sinks", "__weakref__")
+    _creation_name = None
 
-    def __init__(self, creation_name):
-        # Set before anything can fail, so that a refused creation is cleaned up quietly.
-        object.__setattr__(self, "_handle", None)
-        object.__setattr__(self, "_sinks", {})
+    def __new__(cls, *args):
+        if cls._creation_name is not None:  # vexqom.ICatItemCol()
+            if args:
+                raise TypeError(f"{cls.__name__}() takes no arguments ({len(args)} given)")
+            creation_name = cls._creation_name
+        elif len(args) != 1 or not isinstance(args[0], str):
+            given = f"{len(args)} arguments" if len(args) != 1 else repr(args[0])
+            raise TypeError("Dispatch() takes one creation name such as "
+                            f"'vexqom_PLUMEK2.ICatItemCol', not {given}")
+        else:
+            creation_name = args[0]
         handle = ctypes.c_void_p()
         _check(_lib.vq_create(creation_name.encode("utf-8"), ctypes.byref(handle)))
-        object.__setattr__(self, "_handle", handle.value)
-        object.__setattr__(self, "_sinks", {})
+        return _wrap(handle.value)
 
-    @classmethod
-    def _wrap(cls, handle):
-        self = object.__new__(cls)
-        object.__setattr__(self, "_handle", handle)
-        object.__setattr__(self, "_sinks", {})
-        return self
+    def __init__(self, *args):
+        pass  # all done by __new__
 
     def __del__(self):
         handle = getattr(self, "_handle", None)
@@ -289,6 +340,9 @@ class Dispatch:
 
     def __hash__(self):
         return hash(self._handle)
+
+    def __bool__(self):
+        return True  # an object, whatever its Count: the empty reference is None
 
     def _dispid(self, name):
         dispid = ctypes.c_int32()
@@ -305,6 +359,7 @@ class Dispatch:
         return accessors.value, params.value
 
     def __getattr__(self, name):
+        # Reached for names the class does not spell exactly: dispatch is caseless.
         if name.startswith("__") or name in Dispatch.__slots__:
             raise AttributeError(name)
         dispid = self._dispid(name)
@@ -313,7 +368,7 @@ class Dispatch:
                 target = self._dispid(name[3:])
                 if target is not None:
                     return self._setter(target)
-            raise _MemberNotFound(name)
+            raise MemberNotFoundError(self, name)
         accessors, params = self._info(dispid)
         if accessors & VQ_GET and params == 0:
             return _invoke(self._handle, dispid, VQ_GET, ())
@@ -334,7 +389,7 @@ class Dispatch:
     def __setattr__(self, name, value):
         dispid = self._dispid(name)
         if dispid is None:
-            raise _MemberNotFound(name)
+            raise MemberNotFoundError(self, name)
         accessors, _ = self._info(dispid)
         wants_set = isinstance(value, Dispatch) or (value is None and not accessors & VQ_LET)
         _invoke(self._handle, dispid, VQ_SET if wants_set and accessors & VQ_SET else VQ_LET,
@@ -380,4 +435,153 @@ class Dispatch:
         self._sinks.pop(cookie, None)
 
     def __repr__(self):
-        return "<vexqom.Dispatch at 0x%x>" % (self._handle or 0)
+        return "<vexqom.%s object at 0x%x>" % (_class_name(self), self._handle or 0)
+
+    # The object lives inside the library: a pickle would hold a dangling pointer and a
+    # shallow copy a second owner of one reference.
+    def __reduce_ex__(self, protocol):
+        raise TypeError(f"cannot pickle a vexqom {_class_name(self)} object: it lives in "
+                        "the library; pickle its XML text instead")
+
+    def __copy__(self):
+        raise TypeError(f"cannot copy a vexqom {_class_name(self)} object: create a new one "
+                        "and assign it this one's XML text")
+
+    def __deepcopy__(self, memo):
+        return self.__copy__()
+
+
+# ---- Classes made from the type library ----
+
+_TYPES = {"Text": str, "Long": int, "Integer": int, "Double": float,
+          "Currency": decimal.Decimal, "Boolean": bool, "Variant": typing.Any,
+          "vexCatalogItemType": int, "enumerator": typing.Iterator, "none": None}
+
+# The keyed collection GetDescriptions returns is the platform's, not in the type library.
+_COLLECTION = [
+    {"name": "Item", "accessor": "get", "dispid": 0, "hidden": False, "result": "Variant",
+     "params": [{"name": "Index", "type": "Variant", "optional": False}]},
+    {"name": "Add", "accessor": "method", "dispid": 1, "hidden": False, "result": "none",
+     "params": [{"name": "Item", "type": "Variant", "optional": False},
+                {"name": "Key", "type": "Variant", "optional": True, "default": None}]},
+    {"name": "Count", "accessor": "get", "dispid": 2, "hidden": False, "result": "Long",
+     "params": []},
+    {"name": "Remove", "accessor": "method", "dispid": 3, "hidden": False, "result": "none",
+     "params": [{"name": "Index", "type": "Variant", "optional": False}]},
+    {"name": "NewEnum", "accessor": "get", "dispid": -4, "hidden": True,
+     "result": "enumerator", "params": []},
+]
+
+
+def _annotation(type_name):
+    return _TYPES[type_name] if type_name in _TYPES else _CLASSES.get(type_name, Dispatch)
+
+
+def _signature(params, result):
+    parameters = [inspect.Parameter("self", inspect.Parameter.POSITIONAL_ONLY)]
+    for i, p in enumerate(params):
+        # An optional parameter before a required one (a let's location before its value)
+        # is given like a required one.
+        optional = all(q["optional"] for q in params[i:])
+        parameters.append(inspect.Parameter(
+            p["name"], inspect.Parameter.POSITIONAL_OR_KEYWORD,
+            default=p.get("default") if optional else inspect.Parameter.empty,
+            annotation=_annotation(p["type"])))
+    return inspect.Signature(parameters, return_annotation=_annotation(result))
+
+
+def _caller(class_name, name, dispid, flags, signature):
+    """A method that checks its arguments against the member's parameters, then invokes."""
+    params = list(signature.parameters.values())[1:]
+
+    def member(self, *args, **kwargs):
+        try:
+            bound = signature.bind(self, *args, **kwargs)
+        except TypeError as e:
+            raise TypeError(f"{class_name}.{name}(): {e}") from None
+        # Optional parameters left out at the end stay out; one left out before a given
+        # one takes its default.
+        given = [i for i, p in enumerate(params) if p.name in bound.arguments]
+        values = [bound.arguments.get(p.name, p.default) for p in params[:given[-1] + 1]] \
+            if given else []
+        return _invoke(self._handle, dispid, flags, values)
+
+    member.__name__ = name
+    member.__qualname__ = f"{class_name}.{name}"
+    member.__signature__ = signature
+    return member
+
+
+def _add_members(cls, entries):
+    """Gives a class one attribute per member: a property for a get without parameters,
+    a method otherwise, and Set<Name> for a let that takes parameters."""
+    members = {}  # name -> {accessor: entry}, in slot order
+    for entry in entries:
+        members.setdefault(entry["name"], {})[entry["accessor"]] = entry
+    for name, accessors in members.items():
+        first = next(iter(accessors.values()))
+        if first["hidden"]:
+            continue  # NewEnum: iter(obj)
+        dispid = first["dispid"]
+        kinds = ", ".join(accessors)
+        reader = accessors.get("get") or accessors.get("method")
+        if reader is not None and (reader["params"] or "get" not in accessors):
+            function = _caller(cls.__name__, name, dispid, VQ_METHOD | VQ_GET,
+                               _signature(reader["params"], reader["result"]))
+            function.__doc__ = f"{kinds}; dispatch id {dispid & 0xFFFFFFFF:#010x}"
+            setattr(cls, name, function)
+        else:
+            def fget(self, _dispid=dispid):
+                return _invoke(self._handle, _dispid, VQ_GET, ())
+
+            def fset(self, value, _name=name):
+                Dispatch.__setattr__(self, _name, value)
+
+            result = reader["result"] if reader else "none"
+            fget.__annotations__ = {"return": _annotation(result)}
+            writer = accessors.get("let") or accessors.get("set")
+            if writer is not None:
+                fset.__annotations__ = {"value": _annotation(writer["params"][-1]["type"])}
+            writable = writer is not None
+            setattr(cls, name, property(fget, fset if writable else None,
+                                        doc=f"{result}: {kinds}; dispatch id "
+                                            f"{dispid & 0xFFFFFFFF:#010x}"))
+        writer = accessors.get("let") or accessors.get("set")
+        if writer is not None and len(writer["params"]) > 1:
+            flags = VQ_LET if "let" in accessors else VQ_SET
+            function = _caller(cls.__name__, "Set" + name, dispid, flags,
+                               _signature(writer["params"], "none"))
+            function.__doc__ = f"{name}: {'let' if flags == VQ_LET else 'set'} with parameters"
+            setattr(cls, "Set" + name, function)
+    if "Count" in members and "NewEnum" in members:
+        def length(self):
+            """The number of members (Count)."""
+            return self.Count
+
+        cls.__len__ = length
+
+
+def _make_classes():
+    """One Dispatch subclass per class of the type library, and the keyed collection's."""
+    library = json.loads(_lib.vq_type_library().decode("utf-8"))
+    interfaces = {i["name"]: i for i in library["interfaces"]}
+    described = [(c["name"], c["creation_name"], interfaces[c["interface"]]["members"])
+                 for c in library["classes"]] + [("Collection", None, _COLLECTION)]
+    # All classes first: members name other classes in their annotations.
+    for name, creation_name, _ in described:
+        doc = f"The library's {name}" + (
+            f", created as {name}() or Dispatch({creation_name!r})." if creation_name
+            else ", as the library hands it out.")
+        _CLASSES[name] = type(name, (Dispatch,), {"__slots__": (), "__doc__": doc,
+                                                  "__module__": __name__,
+                                                  "_creation_name": creation_name})
+        if creation_name:
+            _CLASSES[name].__signature__ = inspect.Signature()  # help(): ICatItemCol()
+    for name, _, members in described:
+        _add_members(_CLASSES[name], members)
+
+
+_CLASSES = {}
+_make_classes()
+globals().update(_CLASSES)
+__all__ += list(_CLASSES)

@@ -12,6 +12,7 @@
 #include "vexqom/dispatch.h"
 #include "vexqom/error.h"
 #include "vexqom/events.h"
+#include "vexqom/typelib.h"
 
 namespace vexqom::capi {
 namespace {
@@ -162,6 +163,19 @@ int32_t vq_member_info(vq_object* obj, int32_t dispid, int32_t* accessors, int32
     if (reader == nullptr) reader = member->accessor(Access::Method);
     *get_params = reader == nullptr ? -1 : static_cast<int32_t>(reader->params.size());
   });
+}
+
+const char* vq_class_name(vq_object* obj) {
+  return obj == nullptr ? nullptr : from_handle(obj)->class_info().name.c_str();
+}
+
+const char* vq_type_library(void) {
+  try {
+    static const std::string text = type_library_json();
+    return text.c_str();
+  } catch (...) {
+    return "";  // no memory for it: an empty text rather than an exception across C
+  }
 }
 
 int32_t vq_enum_next(vq_object* enumerator, vq_value* out) {

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <ctime>
 #include <mutex>
 
@@ -81,6 +82,14 @@ std::string library_file() {
   return std::string();
 }
 
+std::string log_folder() {
+  const char* chosen = std::getenv("VEXQOM_LOG_DIR");
+  if (chosen != nullptr && *chosen != '\0') return chosen;
+  std::string file = library_file();
+  size_t slash = file.rfind('/');
+  return slash == std::string::npos ? std::string() : file.substr(0, slash);
+}
+
 void set_library_file_override(std::string path) {
   std::lock_guard<std::mutex> lock(override_guard());
   library_file_override() = std::move(path);
@@ -101,7 +110,7 @@ void LogFiles_Init() {
   if (st.init_running) return;  // a failing path procedure must not start it again
   st.init_running = true;
   try {
-    Text folder = library_folder();
+    Text folder = from_utf8(log_folder());
     AddDirSep(folder);
     TraceToFile_Set(FileExists(folder + library_name() + u".trace.flg"));
     st.ErrorLogPath = FileNameErrorFile();

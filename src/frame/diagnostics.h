@@ -1,8 +1,8 @@
 // Per-thread diagnostic state and the two log writers.
 //
 // Every thread has its own copy of this state; it starts with empty paths and every
-// switch off. The first ErrorLog_Write of a thread locates the log files beside the
-// library's own file and reads the trace flag file; tracing therefore begins only after
+// switch off. The first ErrorLog_Write of a thread locates the log files (log_folder)
+// and reads the trace flag file; tracing therefore begins only after
 // the first logged error of a thread.
 #pragma once
 
@@ -45,6 +45,10 @@ void TraceToFile_Set(bool on);
 // for threads whose log files are not initialised yet.
 std::string library_file();
 void set_library_file_override(std::string path);  // empty: back to dladdr
+// The folder that holds the logs and the trace flag file: the environment variable
+// VEXQOM_LOG_DIR when it is set and not empty (a system-wide library sits in a folder its
+// users cannot write), else the folder of library_file(). No separator at the end.
+std::string log_folder();
 
 // Forgets this thread's state (paths, switches, busy flags); for tests.
 void reset_thread_state_for_testing();

@@ -168,12 +168,6 @@ void FileDelete(const Text& path) {
   }
 }
 
-Text library_folder() {
-  std::string file = diag::library_file();
-  size_t slash = file.rfind('/');
-  return from_utf8(slash == std::string::npos ? std::string() : file.substr(0, slash));
-}
-
 Text library_name() {
   std::string file = diag::library_file();
   size_t slash = file.rfind('/');
@@ -184,7 +178,7 @@ Text FileNameErrorFile() {
   return run_procedure(module_errors(), u"basLIBstd | FileNameErrorFile", Trace::No,
                        [&](int& line) {
                          line = 1;
-                         Text folder = library_folder();
+                         Text folder = from_utf8(diag::log_folder());
                          line = 2;
                          AddDirSep(folder);
                          line = 3;
@@ -196,7 +190,7 @@ Text FileNameTraceFile() {
   return run_procedure(module_errors(), u"basLIBstd | FileNameTraceFile", Trace::No,
                        [&](int& line) {
                          line = 1;
-                         Text folder = library_folder();
+                         Text folder = from_utf8(diag::log_folder());
                          line = 2;
                          AddDirSep(folder);
                          line = 3;

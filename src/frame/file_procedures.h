@@ -20,8 +20,7 @@ Text DateTimeStamp_Log();
 // Logon name of the effective user; empty when it cannot be had.
 Text UserName_Get();
 
-// The folder of the library file (with its separator) and its name without extension.
-Text library_folder();
+// The library file's name without folder and extension ("libvexqom_PLUMEK2").
 Text library_name();
 
 // Wildcard match with "*" and "?" only (other characters are literal).

@@ -1,13 +1,20 @@
 """The Python module's fixed surface: finding the library, member access by dispatch,
 the value mapping and the errors it raises."""
 
+import copy
 import decimal
+import inspect
+import json
 import os
 import pathlib
+import pickle
+import pydoc
+import rlcompleter
 import shutil
 import subprocess
 import sys
 import tempfile
+import traceback
 import unittest
 
 import vexqom
@@ -211,6 +218,72 @@ class ValuesTest(unittest.TestCase):
                                     % (0x6B1E2A41 + n, 0x11 + n))
             self.assertEqual(by_name.XML, by_id.XML, name)
             self.assertIsInstance(by_name.XML, str)
+
+
+
+class PythonHabitsTest(unittest.TestCase):
+    def test_a_class_per_library_class_with_every_member(self):
+        library = json.loads(vexqom._lib.vq_type_library())
+        members = {i["name"]: {m["name"] for m in i["members"] if not m["hidden"]}
+                   for i in library["interfaces"]}
+        for c in library["classes"]:
+            obj = vexqom.Dispatch(c["creation_name"])
+            self.assertIs(type(obj), getattr(vexqom, c["name"]))
+            self.assertTrue(members[c["interface"]] <= set(dir(obj)), c["name"])
+            self.assertTrue(repr(obj).startswith(f"<vexqom.{c['name']} object at 0x"))
+        self.assertEqual(str(inspect.signature(vexqom.ICatItemCol.Clear)),
+                         "(self, /, xbDestroyObject: bool = False) -> None")
+        self.assertEqual(str(inspect.signature(vexqom.ICatItem.SetQuantityToOrder)),
+                         "(self, /, xsLocation: str, xvQuantity: Any) -> None")
+        self.assertIn("Count\n |      Long: get; dispatch id 0x68030000",
+                      pydoc.render_doc(vexqom.ICatPriceCol, renderer=pydoc.plaintext))
+        completer = rlcompleter.Completer({"col": vexqom.ICatItemCol()})
+        self.assertIn("col.ItemsTotalCost", [completer.complete("col.Items", i)
+                                             for i in range(3)])
+        self.assertEqual(vexqom.__version__, vexqom._lib.vq_version().decode())
+
+    def test_collections_have_a_length_and_stay_true(self):
+        col = vexqom.ICatItemCol()
+        self.assertEqual((len(col), bool(col)), (0, True))
+        for key in ("A", "B"):
+            item = vexqom.ICatItem()
+            item.Description = key
+            col.Add(item, key)
+        self.assertEqual((len(col), len(col.GetDescriptions()), len(col.Item(1).PriceCol)),
+                         (2, 2, 2))
+        self.assertEqual(col.Item(1).QuantityToOrder(xsLocation="MSRP"), 0)
+
+    def test_misuse_raises_clear_public_errors(self):
+        col, price = vexqom.ICatItemCol(), vexqom.ICatPrice()
+        cases = [(lambda: vexqom.Dispatch(None), TypeError, "takes one creation name"),
+                 (lambda: vexqom.ICatItem("x"), TypeError, "ICatItem() takes no arguments"),
+                 (lambda: col.Item(), TypeError, "ICatItemCol.Item(): missing a required"),
+                 (lambda: col.Item(1, 2), TypeError, "ICatItemCol.Item(): too many"),
+                 (lambda: setattr(price, "Cost", [1]), vexqom.TypeMismatchError,
+                  "a list cannot be passed"),
+                 (lambda: price.Nope, vexqom.MemberNotFoundError, "ICatPrice has no member"),
+                 (lambda: pickle.dumps(col), TypeError, "cannot pickle a vexqom ICatItemCol"),
+                 (lambda: copy.copy(col), TypeError, "cannot copy"),
+                 (lambda: copy.deepcopy(price), TypeError, "cannot copy")]
+        for call, kind, message in cases:
+            with self.assertRaises(kind) as caught:
+                call()
+            shown = traceback.format_exception_only(caught.exception)[-1]
+            self.assertIn(message, shown)
+            self.assertNotRegex(shown.split(":")[0], r"(^|\.)_", "a private name in the traceback")
+
+    def test_log_folder_from_the_environment(self):
+        with tempfile.TemporaryDirectory() as logs:
+            pathlib.Path(logs, "libvexqom_PLUMEK2.trace.flg").touch()
+            subprocess.run([sys.executable, "-c", "import vexqom\nitem = vexqom.ICatItem()\n"
+                            "item.Clear(True)\ntry: item.QuantityToOrder()\n"
+                            "except vexqom.Error: vexqom.ICatItemCol()"],
+                           env=dict(os.environ, VEXQOM_LOG_DIR=logs), check=True)
+            # Named after the versioned library file the module loaded, up to ".so".
+            self.assertIn("ICatItem | Get QuantityToOrder, Error # 91",
+                          pathlib.Path(logs, "libvexqom_PLUMEK2.error.log").read_text())
+            self.assertIn("ICatItemCol | Class_Initialize",
+                          pathlib.Path(logs, "libvexqom_PLUMEK2.trace.log").read_text())
 
 
 if __name__ == "__main__":

@@ -78,35 +78,121 @@ class TextReshaping(unittest.TestCase):
         self.assertEqual((r.returncode, r.stdout, r.stderr), (0, b"", b""))
 
 
-class Failures(unittest.TestCase):
-    def test_malformed_text_gives_the_composed_message_and_status_1(self):
-        for command in ("validate", "pretty"):
-            r = run(command, "-", stdin=b"<a><b></a>")
-            self.assertEqual(r.returncode, 1, command)
-            err = r.stderr.decode()
-            self.assertIn("clsXML | DocumentCreate, Error # -2147221504", err)
-            self.assertIn("Reason: ", err)
-            self.assertEqual(r.stdout, b"")
+def refused(test, result, file, *fragments):
+    """Status 1, nothing on standard output, every error line under "vexqom: FILE: "."""
+    test.assertEqual((result.returncode, result.stdout), (1, b""), result.stderr)
+    err = result.stderr.decode()
+    test.assertNotIn("\r", err)
+    for line in err.splitlines():
+        test.assertTrue(line.startswith(f"vexqom: {file}: "), line)
+    for fragment in fragments:
+        test.assertIn(fragment, err)
 
-    def test_missing_file_is_status_1(self):
-        r = run("show", "/nonexistent/selection.xml")
-        self.assertEqual(r.returncode, 1)
-        self.assertIn("/nonexistent/selection.xml", r.stderr.decode())
+
+class Failures(unittest.TestCase):
+    def test_input_no_command_can_use_is_refused_naming_the_file(self):
+        with tempfile.TemporaryDirectory() as scratch:
+            def file(name, data):
+                path = os.path.join(scratch, name)
+                with open(path, "wb") as f:
+                    f.write(data)
+                return path
+            presets = os.path.join(os.path.dirname(SAMPLE), "presets.xml")
+            cases = [
+                (("show", scratch), b"", scratch, "is a directory"),
+                (("summary", file("empty.xml", b"")), b"", None, "empty input"),
+                (("show", "-"), b"", "-", "empty input"),
+                (("validate", file("latin.xml", b"<a>\n<b>caf\xe9</b></a>")), b"", None,
+                 "not UTF-8 text: byte 0xE9 at line 2, column 7"),
+                (("show", file("wide.xml", "<Items/>".encode("utf-16"))), b"", None,
+                 "UTF-16 byte order mark"),
+                (("show", "/nonexistent/s.xml"), b"", None, "cannot open: No such file"),
+                (("summary", presets), b"", None,
+                 'not an item document: its root element is "ICatPresetCol", not "Items"'),
+                (("show", "-"), b"plain text", "-", "Error # -2147221504 at line: 3",
+                 "Reason: Start tag expected"),
+                (("pretty", "-"), b"<a><b></a>", "-", "clsXML | DocumentCreate", "Reason: "),
+            ]
+            for args, stdin, name, *fragments in cases:
+                with self.subTest(args=args):
+                    refused(self, run(*args, stdin=stdin), name or args[-1], *fragments)
 
     def test_wrong_usage_is_status_2(self):
-        for args in [(), ("frobnicate",), ("show",), ("show", "a", "b"), ("demo", "x")]:
+        for args in [(), ("frobnicate",), ("show",), ("show", "a", "b"), ("demo", "x"),
+                     ("show", "--jsn", "a"), ("pretty", "--json", "a")]:
             r = run(*args)
             self.assertEqual(r.returncode, 2, args)
             self.assertIn("usage: vexqom", r.stderr.decode(), args)
 
-    def test_help_everywhere(self):
+    def test_help_everywhere_and_version(self):
         r = run("--help")
         self.assertEqual(r.returncode, 0)
-        for command in ("show", "summary", "pretty", "compress", "validate", "demo", "typelib"):
+        for command in ("show", "summary", "pretty", "compress", "validate", "json", "xml",
+                        "demo", "typelib"):
             self.assertIn(command, r.stdout.decode())
             h = run(command, "--help")
             self.assertEqual(h.returncode, 0, command)
             self.assertTrue(h.stdout.decode().startswith("usage: vexqom " + command), command)
+        self.assertIn("empty\nelement (<Name></Name>) removed", run("compress", "--help").stdout.decode())
+        self.assertRegex(run("--version").stdout.decode(),
+                         r"^vexqom (\d+\.\d+\.\d+) \(library vexqom_PLUMEK2 \1\)\n$")
+
+
+class SchemasAndJson(unittest.TestCase):
+    def test_validate_against_the_shipped_schemas(self):
+        presets = os.path.join(os.path.dirname(SAMPLE), "presets.xml")
+        for path in (SAMPLE, presets):
+            self.assertEqual(run("validate", "--schema", path).returncode, 0, path)
+        refused(self, run("validate", "--schema", "-", stdin=b"<Items><Count>x</Count></Items>"),
+                "-", "line 1: Element 'Count': 'x' is not a valid value",
+                "Element 'Items': Missing child element(s)")
+        refused(self, run("validate", "--schema", "-", stdin=b"<Foo/>"), "-",
+                'no shipped schema describes the root element "Foo"')
+        refused(self, run("validate", "--schema=/none.xsd", SAMPLE), SAMPLE,
+                "cannot read the schema /none.xsd")
+
+    def test_reports_as_json(self):
+        show = json.loads(run("show", "--json", SAMPLE).stdout)
+        self.assertEqual(show["vehicle"]["description"], "2004 Chevrolet Silverado 1500 5.3L V8")
+        self.assertEqual(show["items"][2], {
+            "position": 3, "kind": "Part", "vendor_number": "STWZD785",
+            "description": "Brake Pad Set", "status": "HOLD", "quantity": "1",
+            "jobber_cost": "38.2"})
+        self.assertEqual(show["totals"], {"items": 5, "quantity": "10", "cost": "64.87",
+                                          "flagged_quantity": "9", "flagged_cost": "26.67"})
+        summary = json.loads(run("summary", "--json", SAMPLE).stdout)["descriptions"]
+        self.assertEqual([(d["group"], d["description"]) for d in summary][:2],
+                         [(30, "Spark Plug"), (20, "Oil Filter")])
+
+    def test_json_form_goes_back_to_the_same_document(self):
+        demo = run("demo").stdout.decode().split("\nXML:\n")[1][:-1].encode()
+        odd = ("<Items><XDocVersion>v2.20</XDocVersion><Count>1</Count><Collection><Item>"
+               "<Description><b>bold</b> &amp; <i a=\"1\"></i></Description><Prices><Count>2"
+               "</Count><Collection><Price><Location>JOBBER</Location><UrgentFlag>False"
+               "</UrgentFlag></Price><Price><Location>MSRP</Location><UrgentFlag>False"
+               "</UrgentFlag></Price></Collection></Prices><Comment>line 1\r\nline 2 &amp; "
+               "&quot;q&quot; &lt;x&gt; caf\u00e9 \u20ac</Comment></Item></Collection><Vehicle>"
+               "<Make>A&amp;B</Make></Vehicle></Items>").encode()
+        for document in (demo, odd):
+            form = run("json", "-", stdin=document)
+            self.assertEqual(form.returncode, 0, form.stderr)
+            back = run("xml", "-", stdin=form.stdout)
+            self.assertEqual((back.returncode, back.stdout), (0, document), back.stderr)
+        item = json.loads(run("json", "-", stdin=odd).stdout)["Items"][0]
+        self.assertEqual(item["Comment"], "line 1\r\nline 2 & \"q\" <x> caf\u00e9 \u20ac")
+        self.assertEqual(item["Description"], '<b>bold</b> &amp; <i a="1"></i>')
+        self.assertEqual(item["Prices"][1], {"Location": "MSRP", "UrgentFlag": "False"})
+
+        made = {"Items": [{"Description": "Oil Filter",
+                           "Prices": [{"Location": "JOBBER", "QuantityToOrder": 2, "Cost": "6.75"}]}]}
+        xml = run("xml", "-", stdin=json.dumps(made).encode()).stdout
+        self.assertIn("Total cost: 13.50", run("show", "-", stdin=xml).stdout.decode())
+        for bad, fragment in (("{", "not JSON"), ("[]", "an object is expected"),
+                              ('{"Items": {}}', '"Items" must be an array'),
+                              ('{"Items": [{"Prices": 5}]}', 'item 1 "Prices" must be an array'),
+                              ('{"Vehicle": {"a b": "x"}}', '"a b" is not a field name'),
+                              ('{"Items": [{"Cost": [1]}]}', 'item 1: "Cost" must be a string')):
+            refused(self, run("xml", "-", stdin=bad.encode()), "-", fragment)
 
 
 class DemoAndTypelib(unittest.TestCase):
