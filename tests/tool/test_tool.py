@@ -10,8 +10,9 @@ TOOL = os.environ["VEXQOM_TOOL"]
 SAMPLE = os.environ["VEXQOM_SAMPLE"]
 
 
-def run(*args, stdin=b""):
-    return subprocess.run([TOOL, *args], input=stdin, capture_output=True, timeout=60)
+def run(*args, stdin=b"", env=None):
+    return subprocess.run([TOOL, *args], input=stdin, capture_output=True, timeout=60,
+                          env=None if env is None else {**os.environ, **env})
 
 
 class ShowAndSummary(unittest.TestCase):
@@ -39,6 +40,14 @@ class ShowAndSummary(unittest.TestCase):
         self.assertEqual(r.returncode, 0)
         self.assertIn("Vehicle: (none)", r.stdout.decode())
         self.assertIn("Items: 0   Total quantity: 0   Total cost: 0.00", r.stdout.decode())
+
+    def test_characters_beyond_windows_1252_need_the_utf8_setting(self):
+        doc = ("<Items><Count>1</Count><Collection><Item><Description>\u706b\u82b1\u585e "
+               "\u0142</Description></Item></Collection></Items>").encode()
+        for env, shown in (({}, "??? ?"), ({"VEXQOM_CODE_PAGE": "utf-8"}, "\u706b\u82b1\u585e \u0142")):
+            r = run("show", "-", stdin=doc, env=env)
+            self.assertEqual(r.returncode, 0, r.stderr)
+            self.assertIn(shown, r.stdout.decode(), env)
 
     def test_summary_lists_descriptions_with_groups(self):
         out = run("summary", SAMPLE).stdout.decode().splitlines()
