@@ -174,29 +174,26 @@ Text library_name() {
   return from_utf8(strip_extension(slash == std::string::npos ? file : file.substr(slash + 1)));
 }
 
-Text FileNameErrorFile() {
-  return run_procedure(module_errors(), u"basLIBstd | FileNameErrorFile", Trace::No,
-                       [&](int& line) {
-                         line = 1;
-                         Text folder = from_utf8(diag::log_folder());
-                         line = 2;
-                         AddDirSep(folder);
-                         line = 3;
-                         return folder + library_name() + u".error.log";
-                       });
+namespace {
+
+// The path of one of the library's log files: the log folder, the library's base name and
+// the ending.
+Text log_file_name(TextView label, TextView ending) {
+  return run_procedure(module_errors(), label, Trace::No, [&](int& line) {
+    line = 1;
+    Text folder = from_utf8(diag::log_folder());
+    line = 2;
+    AddDirSep(folder);
+    line = 3;
+    return folder + library_name() + Text(ending);
+  });
 }
 
-Text FileNameTraceFile() {
-  return run_procedure(module_errors(), u"basLIBstd | FileNameTraceFile", Trace::No,
-                       [&](int& line) {
-                         line = 1;
-                         Text folder = from_utf8(diag::log_folder());
-                         line = 2;
-                         AddDirSep(folder);
-                         line = 3;
-                         return folder + library_name() + u".trace.log";
-                       });
-}
+}  // namespace
+
+Text FileNameErrorFile() { return log_file_name(u"basLIBstd | FileNameErrorFile", u".error.log"); }
+
+Text FileNameTraceFile() { return log_file_name(u"basLIBstd | FileNameTraceFile", u".trace.log"); }
 
 Text DateTimeStamp_Log() {
   std::time_t now = std::time(nullptr);
