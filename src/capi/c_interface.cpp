@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "capi/c_errors.h"
 #include "capi/c_values.h"
 #include "frame/class_info.h"
 #include "frame/invoke_changes.h"
@@ -36,21 +37,6 @@ int32_t record_failure(const Error& e) noexcept {
   return e.number();
 }
 
-// The one place where C++ failures become C results.
-template <class F>
-int32_t guarded(F&& body) noexcept {
-  try {
-    std::forward<F>(body)();
-    return 0;
-  } catch (...) {
-    try {
-      return record_failure(current_error());
-    } catch (...) {
-      return record_failure(Error(errc::kOutOfMemory));
-    }
-  }
-}
-
 Object& require(vq_object* handle) {
   if (handle == nullptr) throw Error(errc::kObjectNotSet);
   return *from_handle(handle);
@@ -64,6 +50,16 @@ void write_back(const Variant& value, vq_value* slot) {
 }
 
 }  // namespace
+
+// The one place where C++ failures become C results.
+int32_t record_current_failure() noexcept {
+  try {
+    return record_failure(current_error());
+  } catch (...) {
+    return record_failure(Error(errc::kOutOfMemory));
+  }
+}
+
 }  // namespace vexqom::capi
 
 using namespace vexqom;
