@@ -161,11 +161,11 @@ int32_t vq_member_info(vq_object* obj, int32_t dispid, int32_t* accessors, int32
 }
 
 int32_t vq_enum_next(vq_object* enumerator, vq_value* out) {
+  if (out != nullptr) *out = vq_value{};  // empty on every way out, as vq_invoke's result
   bool more = false;
   int32_t failure = guarded([&] {
     Object& object = require(enumerator);
     if (out == nullptr) throw Error(errc::kInvalidArgument);
-    *out = vq_value{};
     auto* walker = dynamic_cast<Enumerator*>(&object);
     if (walker == nullptr) throw Error(errc::kTypeMismatch);
     Variant member;
