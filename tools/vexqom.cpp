@@ -28,7 +28,7 @@ struct Command {
   const char* synopsis;
   const char* help;
   bool takes_file;
-  int (*run)(const Text& input);
+  int (*run)(const std::string& input);  // the file's bytes, UTF-8
 };
 
 
@@ -62,36 +62,39 @@ void write_text(const Text& text) {
   std::fwrite(bytes.data(), 1, bytes.size(), stdout);
 }
 
-int run_show(const Text& input) {
+int run_show(const std::string& input) {
   auto selection = vexqom::create<vexqom::ICatItemCol>();
-  selection->put_XML(input);
+  selection->put_XML(vexqom::from_utf8(input));
   std::fputs(vexqom::tool::selection_report(*selection).c_str(), stdout);
   return 0;
 }
 
-int run_summary(const Text& input) {
+int run_summary(const std::string& input) {
   auto selection = vexqom::create<vexqom::ICatItemCol>();
-  selection->put_XML(input);
+  selection->put_XML(vexqom::from_utf8(input));
   std::fputs(vexqom::tool::summary_report(*selection).c_str(), stdout);
   return 0;
 }
 
-int run_pretty(const Text& input) {
-  write_text(vexqom::prettify_xml(input));
+// Pretty and validate stay in UTF-8 from the file to the output: a large document is
+// never held as UTF-16 too.
+int run_pretty(const std::string& input) {
+  const std::string output = vexqom::prettify_xml(std::string_view(input));
+  std::fwrite(output.data(), 1, output.size(), stdout);
   return 0;
 }
 
-int run_compress(const Text& input) {
-  write_text(vexqom::compress_xml(input));
+int run_compress(const std::string& input) {
+  write_text(vexqom::compress_xml(vexqom::from_utf8(input)));
   return 0;
 }
 
-int run_validate(const Text& input) {
-  vexqom::validate_xml(input);
+int run_validate(const std::string& input) {
+  vexqom::validate_xml(std::string_view(input));
   return 0;
 }
 
-int run_demo(const Text&) {
+int run_demo(const std::string&) {
   auto selection = vexqom::tool::demo_selection();
   std::fputs(vexqom::tool::selection_report(*selection).c_str(), stdout);
   std::fputs("\nXML:\n", stdout);
@@ -100,7 +103,7 @@ int run_demo(const Text&) {
   return 0;
 }
 
-int run_typelib(const Text&) {
+int run_typelib(const std::string&) {
   std::fputs(vexqom::type_library_json().c_str(), stdout);
   return 0;
 }
@@ -174,7 +177,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   try {
-    Text input = command->takes_file ? vexqom::from_utf8(read_all(argv[2])) : Text();
+    const std::string input = command->takes_file ? read_all(argv[2]) : std::string();
     int status = command->run(input);
     std::fflush(stdout);
     return status;
