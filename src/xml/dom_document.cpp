@@ -439,9 +439,14 @@ Ref<DomDocument> DomDocument::parse_bytes(std::string_view bytes, const char* ur
 
 bool DomDocument::stream_text(std::string_view utf8, DomVisitor* visitor, DomParseError* error,
                               std::exception_ptr* visitor_failure) {
+  // Named, the encoding costs the parser a second copy of the text, converted from the
+  // first; unnamed, it is UTF-8 unless the first four bytes say otherwise, which only
+  // NULs among them can do in well-formed UTF-8.
+  const bool nul_at_start = utf8.substr(0, 4).find('\0') != std::string_view::npos;
   DomParseError failure;
-  Parsed parsed = read(utf8, nullptr, "UTF-8", options_for(false) | XML_PARSE_IGNORE_ENC, false,
-                       visitor, true, &failure, visitor_failure);
+  Parsed parsed = read(utf8, nullptr, nul_at_start ? "UTF-8" : nullptr,
+                       options_for(false) | XML_PARSE_IGNORE_ENC, false, visitor, true, &failure,
+                       visitor_failure);
   if (*visitor_failure) return true;
   if (!parsed.doc) {
     if (error != nullptr) *error = std::move(failure);
