@@ -255,9 +255,10 @@ class PrettyWriter final : public DomVisitor {
 
 std::string clsXML::prettify_utf8(std::string_view source, int& line) {
   line = 2;
-  // Room for the source and its line breaks and indentation, taken once.
+  // Room for the source and its line breaks and indentation, taken once: memory never
+  // written is never touched, while growing later would copy the whole output.
   std::string output;
-  output.reserve(source.size() + source.size() / 2);
+  output.reserve(2 * source.size() + 64);
   prefer_large_pages(output.data(), output.capacity());
   PrettyWriter writer(output);
   // The document is written as it is read, and never held whole.
