@@ -3,7 +3,10 @@
 //
 // Parsing is hardened: the network is never used, external entities and DTDs are read
 // only when validation is asked (and then only local files), entity expansion is
-// bounded by the parser's amplification checks, and nothing is printed to stderr.
+// bounded by the parser's amplification checks, and nothing is printed to stderr. A
+// document past the parser's default size limits (10 MB) is read with them lifted only
+// when it declares no document type and nests no deeper than the default depth limit
+// allows, so every refusal stays the default reading's.
 // White-space-only text nodes are dropped (white-space preservation is off).
 //
 // All names and texts handed out are UTF-8.
