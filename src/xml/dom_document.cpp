@@ -71,6 +71,10 @@ void init_library() {
 struct Capture {
   bool have = false;
   DomParseError first;
+  // A reading with the size limits lifted: once a fatal error has decided that it fails,
+  // it goes on under the default limits, as a default reading would (which stops, say,
+  // at the default depth instead of stacking every start tag of the rest).
+  xmlParserCtxtPtr lifted = nullptr;
 };
 
 // The capture of the parse running on this thread. Errors reach the handler both through
@@ -86,7 +90,12 @@ std::string strip_line_end(const char* message) {
 
 void capture_error(void*, xmlErrorPtr e) {
   Capture* capture = tls_capture;
-  if (capture == nullptr || e == nullptr || capture->have) return;
+  if (capture == nullptr || e == nullptr) return;
+  if (capture->lifted != nullptr && e->level == XML_ERR_FATAL) {
+    capture->lifted->options &= ~XML_PARSE_HUGE;
+    capture->lifted = nullptr;
+  }
+  if (capture->have) return;
   if (e->level < XML_ERR_ERROR) return;
   // Asking for validation of a document without a DTD is not a failure.
   if (e->code == XML_DTD_NO_DTD) return;
@@ -351,6 +360,7 @@ Parsed read_once(std::string_view bytes, const char* url, const char* encoding, 
   }
   run.builder = *ctxt->sax;
   ctxt->_private = &run;
+  if (run.limits_lifted) capture.lifted = ctxt.get();
   ctxt->sax->internalSubset = on_internal_subset;
   ctxt->sax->startElementNs = on_start_element;
   ctxt->sax->endElementNs = on_end_element;
