@@ -16,7 +16,6 @@ namespace vexqom {
 
 namespace {
 
-
 // Blank runs that fill the whole gap between a ">" and the next "<" go; a gap holding
 // anything else stays as it is.
 Text remove_blank_gaps(const Text& text) {
@@ -143,10 +142,6 @@ Text remove_empty_elements(Text source, bool (*matching)(const Text&, int32_t, i
   }
   return std::move(text).take();
 }
-
-}  // namespace
-
-namespace {
 
 // Prettify's writer: each element on a line of its own, two blanks deeper than its parent,
 // written as the elements go by. For each open element it keeps the statement its writing

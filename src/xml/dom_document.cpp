@@ -319,6 +319,8 @@ void on_start_element(void* ctx, const xmlChar* localname, const xmlChar* prefix
   }
   xmlNodePtr parent = ctxt->node;
   if (streams(run) && parent != nullptr) hand_on_children(ctxt, run, parent);
+  // A stopped parser has let its text go, which the attribute values point into.
+  if (run.visitor_failure) return;
   run.builder.startElementNs(ctx, localname, prefix, uri, nb_namespaces, namespaces,
                              nb_attributes, nb_defaulted, attributes);
   if (streams(run) && ctxt->node != nullptr && ctxt->node != parent) {

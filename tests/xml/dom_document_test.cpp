@@ -242,6 +242,35 @@ TEST_F(DomDocumentTest, LargeDocumentsAreReadAndHostileOnesStayRefused) {
                 "'>\r\n    <Description>" + value + "</Description>\r\n  </Item>\r\n</Items>");
 }
 
+// A visitor that throws at its n-th call stops the reading there; the reading gives back
+// what it threw, and leaves nothing behind.
+TEST_F(DomDocumentTest, StreamStopsWhereItsVisitorFails) {
+  struct Failing : DomVisitor {
+    int left = 0;
+    void step() {
+      if (--left == 0) throw Error(errc::kOutOfMemory);
+    }
+    void document_type(const DomNode&) override { step(); }
+    void start_element(const DomNode&) override { step(); }
+    void child_node(const DomNode&) override { step(); }
+    void end_element(const DomNode&) override { step(); }
+  };
+  for (const char* doc : {"<r a='1'><a>x</a><!--c--><b/>y</r>",
+                          "<!DOCTYPE r [<!ENTITY e '<b>x</b>'>]><r><a>&e;</a>y</r>"}) {
+    for (int n = 1; n <= 12; ++n) {
+      Failing visitor;
+      visitor.left = n;
+      DomParseError error;
+      std::exception_ptr failure;
+      EXPECT_TRUE(DomDocument::stream_text(doc, &visitor, &error, &failure)) << doc << n;
+      EXPECT_EQ(static_cast<bool>(failure), visitor.left == 0) << doc << n;
+      if (failure) {
+        EXPECT_THROW(std::rethrow_exception(failure), Error);
+      }
+    }
+  }
+}
+
 TEST_F(DomDocumentTest, ParserWritesNothingToStandardError) {
   std::fflush(stderr);
   const std::string captured = logs_.path() + "/stderr.txt";
