@@ -1,14 +1,18 @@
-// Hostile documents of 1, 10 and 100 MB given to the item collection's XML let and to the
-// DOM prettify entry: they load or fail, in time linear in their size and in memory a small
-// multiple of it. Counters: seconds per MB, peak resident memory (VmHWM, reset before each
-// run) in MB and as a multiple of the input's size in bytes.
+// Hostile documents of 1, 10 and 100 MB given to the item collection's XML let and, as
+// UTF-8 the way the tool reads a file, to prettify and to the well-formedness check: they
+// load or fail, in time linear in their size and in memory a small multiple of it.
+// Counters: seconds per MB, peak resident memory (VmHWM, reset before each run) in MB and
+// as a multiple of the input's size in bytes (the input itself included).
 //
 //   deep          "<a>" nested without end
 //   tiny          millions of empty elements under one root
 //   unterminated  start tags and values that never close
 //   binary        arbitrary bytes, NULs and lone surrogates
-//   items         a selection of many small items (the let builds one record per item;
-//                 1 and 10 MB only, as 100 MB of records is a memory test of its own)
+//   items         a selection of many small items on one line (the let builds one record
+//                 per item: 1 and 10 MB only there, as 100 MB of records is a memory test
+//                 of its own)
+//   values        one item whose description and one attribute value take half the text
+//                 each (past the parser's default limits from 10 MB on)
 #include <benchmark/benchmark.h>
 #include <sys/stat.h>
 
@@ -17,6 +21,8 @@
 #include <fstream>
 #include <random>
 #include <string>
+#include <string_view>
+#include <type_traits>
 
 #include "frame/diagnostics.h"
 #include "vexqom/ICatItemCol.h"
@@ -26,7 +32,7 @@ namespace {
 
 using vexqom::Text;
 
-enum Kind { kDeep, kTiny, kUnterminated, kBinary, kItems };
+enum Kind { kDeep, kTiny, kUnterminated, kBinary, kItems, kValues };
 
 Text repeat_to(const Text& head, const Text& unit, size_t bytes, const Text& tail = Text()) {
   Text out = head;
@@ -64,6 +70,11 @@ Text hostile(Kind kind, size_t bytes) {
       Text head = u"<Items><Count>" + vexqom::from_utf8(std::to_string(count)) + u"</Count>";
       return repeat_to(head, unit, bytes, u"</Items>");
     }
+    case kValues: {
+      const Text half(bytes / 2 - 64, u'v');
+      return u"<Items><Count>1</Count><Item a='" + half + u"'><Description>" + half +
+             u"</Description></Item></Items>";
+    }
   }
   return Text();
 }
@@ -95,12 +106,22 @@ void init_logs() {
   (void)done;
 }
 
-template <class Load>
+// The document as a load takes it: UTF-16 text, or the UTF-8 bytes of a file.
+template <class Input>
+Input document(Kind kind, size_t bytes) {
+  if constexpr (std::is_same_v<Input, Text>) {
+    return hostile(kind, bytes);
+  } else {
+    return vexqom::to_utf8(hostile(kind, bytes));
+  }
+}
+
+template <class Input, class Load>
 void run(benchmark::State& state, Load&& load) {
   init_logs();
   const auto kind = static_cast<Kind>(state.range(0));
   const size_t megabytes = static_cast<size_t>(state.range(1));
-  const Text text = hostile(kind, megabytes << 20);
+  const Input text = document<Input>(kind, megabytes << 20);
   long peak_kb = 0;
   int failed = 0;
   for (auto _ : state) {
@@ -124,7 +145,7 @@ void run(benchmark::State& state, Load&& load) {
 }
 
 void BM_ItemColLet(benchmark::State& state) {
-  run(state, [](const Text& text) {
+  run<Text>(state, [](const Text& text) {
     auto col = vexqom::create<vexqom::ICatItemCol>();
     col->put_XML(text);
     benchmark::DoNotOptimize(col->get_Count());
@@ -132,21 +153,30 @@ void BM_ItemColLet(benchmark::State& state) {
 }
 
 void BM_Prettify(benchmark::State& state) {
-  run(state, [](const Text& text) { benchmark::DoNotOptimize(vexqom::prettify_xml(text)); });
+  run<std::string>(state, [](const std::string& text) {
+    benchmark::DoNotOptimize(vexqom::prettify_xml(std::string_view(text)));
+  });
 }
 
-void sizes(benchmark::internal::Benchmark* b) {
-  for (int kind : {kDeep, kTiny, kUnterminated, kBinary, kItems}) {
+void BM_Validate(benchmark::State& state) {
+  run<std::string>(state, [](const std::string& text) {
+    vexqom::validate_xml(std::string_view(text));
+  });
+}
+
+void sizes(benchmark::internal::Benchmark* b, bool all_items) {
+  for (int kind : {kDeep, kTiny, kUnterminated, kBinary, kItems, kValues}) {
     for (int mb : {1, 10, 100}) {
-      if (kind == kItems && mb == 100) continue;
+      if (kind == kItems && mb == 100 && !all_items) continue;
       b->Args({kind, mb});
     }
   }
   b->ArgNames({"kind", "MB"})->Unit(benchmark::kMillisecond)->Iterations(1)->UseRealTime();
 }
 
-BENCHMARK(BM_ItemColLet)->Apply(sizes);
-BENCHMARK(BM_Prettify)->Apply(sizes);
+BENCHMARK(BM_ItemColLet)->Apply([](benchmark::internal::Benchmark* b) { sizes(b, false); });
+BENCHMARK(BM_Prettify)->Apply([](benchmark::internal::Benchmark* b) { sizes(b, true); });
+BENCHMARK(BM_Validate)->Apply([](benchmark::internal::Benchmark* b) { sizes(b, true); });
 
 }  // namespace
 

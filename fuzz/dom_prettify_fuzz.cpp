@@ -1,7 +1,11 @@
 // Arbitrary bytes through the DOM parser, Prettify and XMLcompress: a failure must be a
-// raised vexqom::Error, never a crash, hang or leak.
+// raised vexqom::Error, never a crash, hang or leak. Prettify and the well-formedness
+// check read the text as it goes by; they must agree with the whole tree: the check fails
+// exactly when DocumentCreate fails, with the same message, and Prettify writes what a
+// walk over the tree writes.
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "frame/code_page.h"
@@ -17,6 +21,41 @@ void point_logs_away() {
     return true;
   }();
   (void)once;
+}
+
+// Prettify as a walk over the whole tree: the reference for the streaming writer.
+std::string walk(const vexqom::DomNode& element, const std::string& indentation) {
+  std::string out = "\r\n" + indentation + "<" + element.name();
+  for (const vexqom::DomAttribute& a : element.attributes()) {
+    out += " " + a.name + "='" + a.value + "'";
+  }
+  if (!element.has_child_nodes()) return out + "/>";
+  out += ">";
+  bool element_children = false;
+  for (const vexqom::DomNode& child : element.child_nodes()) {
+    if (child.type() == vexqom::DomNode::kElement) {
+      out += walk(child, indentation + "  ");
+      element_children = true;
+    } else if (child.type() == vexqom::DomNode::kText) {
+      out += child.text();
+    }
+  }
+  if (element_children) out += "\r\n" + indentation;
+  return out + "</" + element.name() + ">";
+}
+
+std::string tree_prettify(vexqom::DomDocument& doc, const std::string& source) {
+  std::string out;
+  if (vexqom::DomNode doctype = doc.doctype()) out = "<?xml version='1.0'?>\r\n" + doctype.xml();
+  vexqom::DomNode root = doc.document_element();
+  root.normalize();
+  out += walk(root, "");
+  const size_t p = source.find("?>");
+  if (out.find("<?xml version") == std::string::npos &&
+      source.find("<?xml version") != std::string::npos && p != std::string::npos) {
+    out.insert(0, source.substr(0, p + 2));
+  }
+  return out;
 }
 
 }  // namespace
@@ -39,15 +78,27 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (vexqom::from_utf8(vexqom::to_utf8(text)) != text) __builtin_trap();
   vexqom::Ref<vexqom::clsXML> x = vexqom::create<vexqom::clsXML>();
   x->put_Formatted(formatted);
+  std::string expected;
+  vexqom::Text tree_failure;
   try {
     vexqom::Ref<vexqom::DomDocument> doc = x->DocumentCreate(text);
-    if (vexqom::DomNode doctype = doc->doctype()) (void)doctype.xml();
     (void)doc->xml();
-  } catch (const vexqom::Error&) {
+    expected = tree_prettify(*doc, vexqom::to_utf8(text));
+  } catch (const vexqom::Error& e) {
+    tree_failure = e.description();
   }
+  vexqom::Text check_failure;
   try {
-    (void)x->Prettify(text);
+    if (x->DocumentStream(text, nullptr)) __builtin_trap();
+  } catch (const vexqom::Error& e) {
+    check_failure = e.description();
+  }
+  if (check_failure != tree_failure) __builtin_trap();
+  try {
+    const vexqom::Text pretty = x->Prettify(text);
+    if (!tree_failure.empty() || vexqom::to_utf8(pretty) != expected) __builtin_trap();
   } catch (const vexqom::Error&) {
+    if (tree_failure.empty()) __builtin_trap();
   }
   try {
     (void)x->XMLcompress(text);

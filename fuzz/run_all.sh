@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Fuzzing campaign: builds every fuzz/*_fuzz.cpp target with clang (-DVEXQOM_FUZZ=ON) in its
+# Fuzzing campaign: builds every fuzz/*_fuzz.cpp target (XML engine, DOM and prettify,
+# collections, the C interface as a hostile host) with clang (-DVEXQOM_FUZZ=ON) in its
 # own build folder, then runs each target in turn, sharing a total time budget equally.
 #
 #   fuzz/run_all.sh [TOTAL_SECONDS]        (default 1800)

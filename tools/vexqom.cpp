@@ -90,8 +90,11 @@ int run_summary(const Args& args) {
   return 0;
 }
 
+// Pretty and validate stay in UTF-8 from the file to the output: a large document is
+// never held as UTF-16 too.
 int run_pretty(const Args& args) {
-  write_text(vexqom::prettify_xml(args.text()));
+  const std::string output = vexqom::prettify_xml(std::string_view(args.bytes));
+  std::fwrite(output.data(), 1, output.size(), stdout);
   return 0;
 }
 
@@ -101,7 +104,7 @@ int run_compress(const Args& args) {
 }
 
 int run_validate(const Args& args) {
-  vexqom::validate_xml(args.text());
+  vexqom::validate_xml(std::string_view(args.bytes));
   if (args.has("--schema")) {
     std::string schema = args.value("--schema");
     if (schema.empty()) schema = vexqom::tool::schema_for_root(vexqom::tool::root_element(args.bytes));

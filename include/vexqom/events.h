@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <vector>
 
 namespace vexqom {
@@ -31,13 +32,14 @@ class VEXQOM_API EventConnections {
   void unadvise(uint32_t cookie);
   size_t size() const { return connections_.size(); }
 
-  // Calls every sink; a sink that unadvises itself during the call is safe.
+  // Calls the sinks connected when the event starts, in order, skipping any that is
+  // unadvised meanwhile; sinks may advise, unadvise or release the source while called.
   void fire(Object& source, int32_t dispid) const;
 
  private:
   struct Connection {
     uint32_t cookie;
-    Callback callback;
+    std::shared_ptr<const Callback> callback;
   };
   std::vector<Connection> connections_;
   uint32_t next_cookie_ = 1;

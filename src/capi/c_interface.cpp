@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "capi/c_errors.h"
 #include "capi/c_values.h"
 #include "frame/class_info.h"
 #include "frame/invoke_changes.h"
@@ -37,21 +38,6 @@ int32_t record_failure(const Error& e) noexcept {
   return e.number();
 }
 
-// The one place where C++ failures become C results.
-template <class F>
-int32_t guarded(F&& body) noexcept {
-  try {
-    std::forward<F>(body)();
-    return 0;
-  } catch (...) {
-    try {
-      return record_failure(current_error());
-    } catch (...) {
-      return record_failure(Error(errc::kOutOfMemory));
-    }
-  }
-}
-
 Object& require(vq_object* handle) {
   if (handle == nullptr) throw Error(errc::kObjectNotSet);
   return *from_handle(handle);
@@ -65,6 +51,16 @@ void write_back(const Variant& value, vq_value* slot) {
 }
 
 }  // namespace
+
+// The one place where C++ failures become C results.
+int32_t record_current_failure() noexcept {
+  try {
+    return record_failure(current_error());
+  } catch (...) {
+    return record_failure(Error(errc::kOutOfMemory));
+  }
+}
+
 }  // namespace vexqom::capi
 
 using namespace vexqom;
@@ -179,11 +175,11 @@ const char* vq_type_library(void) {
 }
 
 int32_t vq_enum_next(vq_object* enumerator, vq_value* out) {
+  if (out != nullptr) *out = vq_value{};  // empty on every way out, as vq_invoke's result
   bool more = false;
   int32_t failure = guarded([&] {
     Object& object = require(enumerator);
     if (out == nullptr) throw Error(errc::kInvalidArgument);
-    *out = vq_value{};
     auto* walker = dynamic_cast<Enumerator*>(&object);
     if (walker == nullptr) throw Error(errc::kTypeMismatch);
     Variant member;

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "capi/c_errors.h"
 #include "capi/c_values.h"
 #include "frame/class_info.h"
 #include "frame/diagnostics.h"
@@ -104,20 +105,6 @@ void write_registry(bool with_own_classes) {
   std::filesystem::rename(temp, file);
 }
 
-template <class F>
-int32_t entry_point(F&& body) noexcept {
-  try {
-    std::forward<F>(body)();
-    return 0;
-  } catch (...) {
-    try {
-      return current_error().number();
-    } catch (...) {
-      return errc::kOutOfMemory;
-    }
-  }
-}
-
 // What a component client asks a class object for.
 constexpr Guid kIidClassFactory{0x00000001, 0x0000, 0x0000,
                                 {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
@@ -140,15 +127,15 @@ using namespace vexqom::capi;
 extern "C" {
 
 int32_t DllRegisterServer(void) {
-  return entry_point([] { write_registry(true); });
+  return guarded([] { write_registry(true); });
 }
 
 int32_t DllUnregisterServer(void) {
-  return entry_point([] { write_registry(false); });
+  return guarded([] { write_registry(false); });
 }
 
 int32_t DllGetClassObject(const vq_guid* clsid, const vq_guid* iid, vq_object** out) {
-  return entry_point([&] {
+  return guarded([&] {
     if (out == nullptr || clsid == nullptr) throw Error(errc::kInvalidArgument);
     *out = nullptr;
     if (iid != nullptr) {

@@ -170,6 +170,28 @@ Text from_utf8(std::string_view utf8) {
   return out;
 }
 
+bool is_well_formed_utf8(std::string_view utf8) {
+  const auto* p = reinterpret_cast<const unsigned char*>(utf8.data());
+  const std::size_t n = utf8.size();
+  std::size_t i = 0;
+  while (i < n) {
+    if (p[i] < 0x80) {
+      ++i;
+      continue;
+    }
+    // A sequence decodes to U+FFFD only when ill-formed, or when it is U+FFFD itself.
+    char16_t unit[2];
+    std::size_t written = 0;
+    const std::size_t next = decode_utf8_sequence(p, n, i, unit, written);
+    if (written == 1 && unit[0] == kReplacement &&
+        !(next - i == 3 && p[i] == 0xEF && p[i + 1] == 0xBF && p[i + 2] == 0xBD)) {
+      return false;
+    }
+    i = next;
+  }
+  return true;
+}
+
 std::size_t utf8_size(TextView text) {
   std::size_t bytes = 0;
   std::size_t i = 0;

@@ -3,11 +3,15 @@
 #pragma once
 
 #include <cstddef>
+#include <string_view>
 
 #include "vexqom/text.h"
 
 namespace vexqom {
 
+// Whether from_utf8 reads these bytes without a replacement, so that to_utf8 gives them
+// back unchanged.
+bool is_well_formed_utf8(std::string_view utf8);
 // The bytes to_utf8 makes of text (a lone surrogate counts as U+FFFD).
 std::size_t utf8_size(TextView text);
 // Writes those bytes at out; returns the end of what was written.

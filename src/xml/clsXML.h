@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,6 +25,7 @@
 namespace vexqom {
 
 class DomDocument;  // the DOM adapter over libxml2 (xml/dom_document.h)
+class DomVisitor;
 
 class clsXML : public Object {
  public:
@@ -78,10 +80,17 @@ class clsXML : public Object {
   void XMLFileWrite(const Text& fileName, bool clear);
   Ref<DomDocument> DocumentCreate(const Text& xsXML, bool validate = false);
   Ref<DomDocument> DocumentLoad(const Text& xsFilename, bool validate = false);
+  // DocumentCreate's reading and failure without keeping the document: the text goes by
+  // the visitor (may be null: a well-formedness check) as it is read. Returns what the
+  // visitor threw, which stopped the reading, for the caller to report.
+  std::exception_ptr DocumentStream(const Text& xsXML, DomVisitor* visitor);
+  std::exception_ptr DocumentStream(std::string_view utf8, DomVisitor* visitor);
 
   // ---- Reshaping ----
   // Without an argument they work on (and replace) the engine's own buffer.
   Text Prettify(const std::optional<Text>& xsXML = std::nullopt);
+  // Prettify of well-formed UTF-8, in UTF-8: no UTF-16 copy of a large document is made.
+  std::string PrettifyUtf8(std::string_view utf8);
   Text XMLcompress(const std::optional<Text>& xvXML = std::nullopt);
 
   const ErrorState& last_error() const { return errors_; }
@@ -100,9 +109,10 @@ class clsXML : public Object {
   void replace_span(size_t from, size_t to, std::string_view replacement);
   void replace_element(TextView label, const Text& xsTagName, int16_t xiElement,
                        bool value_only, const Text& replacement);
-  // Prettify's writer of one element and, recursively, its children (DomNode comes
-  // from xml/dom_document.h).
-  void PrettifyElement(class DomNode& element, Text& output, const Text& indentation);
+  // Prettify's statements after the source is in UTF-8 (line: the statement reached).
+  std::string prettify_utf8(std::string_view source, int& line);
+  // DocumentStream's statements after the source is in UTF-8.
+  std::exception_ptr stream_document(std::string_view utf8, DomVisitor* visitor, int& line);
   // XMLcompress: whether the start tag at j and the end tag ending at k (1-based) carry
   // the same name.
   static bool XCmatchingTags(const Text& text, int32_t j, int32_t k);

@@ -1,7 +1,10 @@
 // clsXML: Prettify (one element per line, two-blank indentation, through the DOM parser)
 // and XMLcompress (blanks, line breaks and empty elements squeezed out by text search).
 #include <algorithm>
+#include <exception>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "frame/memory.h"
 #include "frame/procedure.h"
@@ -12,8 +15,6 @@
 namespace vexqom {
 
 namespace {
-
-constexpr TextView kCrLf = u"\r\n";
 
 // Blank runs that fill the whole gap between a ">" and the next "<" go; a gap holding
 // anything else stays as it is.
@@ -142,41 +143,139 @@ Text remove_empty_elements(Text source, bool (*matching)(const Text&, int32_t, i
   return std::move(text).take();
 }
 
+// Prettify's writer: each element on a line of its own, two blanks deeper than its parent,
+// written as the elements go by. For each open element it keeps the statement its writing
+// has reached, so that a failure is reported with one "PrettifyElement" level per open
+// element, as a writer calling itself for each child element reports it.
+class PrettyWriter final : public DomVisitor {
+ public:
+  explicit PrettyWriter(std::string& output) : out_(output) {}
+
+  void document_type(const DomNode& doctype) override {
+    out_ += "<?xml version='1.0'?>\r\n";
+    out_ += doctype.xml();
+  }
+
+  void start_element(const DomNode& element) override {
+    if (!open_.empty()) child_of_top(11, true);
+    open_.push_back(Level{element.name(), 1, false, false});
+    Level& level = open_.back();
+    level.line = 2;
+    out_ += "\r\n";
+    out_.append(2 * (open_.size() - 1), ' ');
+    out_ += '<';
+    out_ += level.name;
+    level.line = 3;
+    // Values come resolved from the parser and are written as they are.
+    for (const DomAttribute& attribute : element.attributes()) {
+      level.line = 4;
+      out_ += ' ';
+      out_ += attribute.name;
+      out_ += "='";
+      out_ += attribute.value;
+      out_ += '\'';
+    }
+    level.line = 5;
+  }
+
+  void child_node(const DomNode& node) override {
+    if (node.type() != DomNode::kText) {  // comments, CDATA sections, instructions
+      child_of_top(10, false);
+      return;
+    }
+    child_of_top(12, false);
+    out_ += node.text();
+  }
+
+  void end_element(const DomNode&) override {
+    Level& level = open_.back();
+    if (!level.has_children) {
+      level.line = 6;
+      out_ += "/>";
+    } else {
+      level.line = 13;
+      if (level.element_children) {
+        out_ += "\r\n";
+        out_.append(2 * (open_.size() - 1), ' ');
+      }
+      level.line = 14;
+      out_ += "</";
+      out_ += level.name;
+      out_ += '>';
+    }
+    open_.pop_back();
+  }
+
+  // Raises the failure again through one handler per open element, innermost first.
+  [[noreturn]] void raise_through_open_elements(ErrorState& errors,
+                                                std::exception_ptr failure) const {
+    for (auto level = open_.rbegin(); level != open_.rend(); ++level) {
+      try {
+        std::rethrow_exception(failure);
+      } catch (...) {
+        try {
+          raise_from_handler(errors, u"clsXML | PrettifyElement", level->line, current_error());
+        } catch (...) {
+          failure = std::current_exception();
+        }
+      }
+    }
+    std::rethrow_exception(failure);
+  }
+
+ private:
+  struct Level {
+    std::string name;
+    int line;
+    bool has_children;
+    bool element_children;
+  };
+
+  void child_of_top(int line, bool element) {
+    Level& parent = open_.back();
+    if (!parent.has_children) {
+      parent.line = 7;
+      out_ += '>';
+      parent.has_children = true;
+    }
+    parent.line = line;
+    if (element) parent.element_children = true;
+  }
+
+  std::string& out_;
+  std::vector<Level> open_;
+};
+
 }  // namespace
+
+std::string clsXML::prettify_utf8(std::string_view source, int& line) {
+  line = 2;
+  // Room for the source and its line breaks and indentation, taken once: memory never
+  // written is never touched, while growing later would copy the whole output.
+  std::string output;
+  memory::reserve(output, 2 * source.size() + 64);
+  PrettyWriter writer(output);
+  // The document is written as it is read, and never held whole.
+  if (std::exception_ptr failure = DocumentStream(source, &writer)) {
+    line = 8;
+    writer.raise_through_open_elements(errors_, failure);
+  }
+  line = 9;
+  if (output.find("<?xml version") == std::string::npos &&
+      source.find("<?xml version") != std::string_view::npos) {
+    line = 10;
+    // The source's own declaration, up to and including its "?>".
+    const size_t p = source.find("?>");
+    line = 11;
+    if (p != std::string_view::npos) output.insert(0, source.substr(0, p + 2));
+  }
+  return output;
+}
 
 Text clsXML::Prettify(const std::optional<Text>& xsXML) {
   return run_procedure(errors_, u"clsXML | Prettify", Trace::No, [&](int& line) -> Text {
     line = 1;
-    Text stored;
-    if (!xsXML) stored = buffer().get_Value();
-    const Text& source = xsXML ? *xsXML : stored;
-    line = 2;
-    Ref<DomDocument> document = DocumentCreate(source, false);
-    line = 3;
-    // Room for the source and its line breaks and indentation, taken once.
-    Text output;
-    memory::reserve(output, source.size() + source.size() / 2);
-    line = 4;
-    if (DomNode doctype = document->doctype()) {
-      line = 5;
-      output += u"<?xml version='1.0'?>\r\n";
-      output += from_utf8(doctype.xml());
-    }
-    line = 6;
-    DomNode root = document->document_element();
-    line = 7;
-    root.normalize();
-    line = 8;
-    PrettifyElement(root, output, Text());
-    line = 9;
-    if (output.find(u"<?xml version") == Text::npos &&
-        source.find(u"<?xml version") != Text::npos) {
-      line = 10;
-      // The source's own declaration, up to and including its "?>".
-      const size_t p = source.find(u"?>");
-      line = 11;
-      if (p != Text::npos) output = source.substr(0, p + 2) + output;
-    }
+    Text output = from_utf8(prettify_utf8(to_utf8(xsXML ? *xsXML : buffer().get_Value()), line));
     line = 12;
     if (xsXML) return output;
     line = 13;
@@ -186,62 +285,10 @@ Text clsXML::Prettify(const std::optional<Text>& xsXML) {
   });
 }
 
-void clsXML::PrettifyElement(DomNode& element, Text& output, const Text& indentation) {
-  run_procedure(errors_, u"clsXML | PrettifyElement", Trace::No, [&](int& line) {
+std::string clsXML::PrettifyUtf8(std::string_view utf8) {
+  return run_procedure(errors_, u"clsXML | Prettify", Trace::No, [&](int& line) -> std::string {
     line = 1;
-    const Text name = from_utf8(element.name());
-    line = 2;
-    output += kCrLf;
-    output += indentation;
-    output += u'<';
-    output += name;
-    line = 3;
-    // Values come resolved from the parser and are written as they are.
-    for (const DomAttribute& attribute : element.attributes()) {
-      line = 4;
-      output += u' ';
-      output += from_utf8(attribute.name);
-      output += u"='";
-      output += from_utf8(attribute.value);
-      output += u'\'';
-    }
-    line = 5;
-    if (!element.has_child_nodes()) {
-      line = 6;
-      output += u"/>";
-      return;
-    }
-    line = 7;
-    output += u'>';
-    line = 8;
-    const Text deeper = indentation + u"  ";
-    bool element_children = false;
-    line = 9;
-    for (DomNode& child : element.child_nodes()) {
-      line = 10;
-      switch (child.type()) {
-        case DomNode::kElement:
-          line = 11;
-          PrettifyElement(child, output, deeper);
-          element_children = true;
-          break;
-        case DomNode::kText:
-          line = 12;
-          output += from_utf8(child.text());
-          break;
-        default:  // comments, CDATA sections, processing instructions
-          break;
-      }
-    }
-    line = 13;
-    if (element_children) {
-      output += kCrLf;
-      output += indentation;
-    }
-    line = 14;
-    output += u"</";
-    output += name;
-    output += u'>';
+    return prettify_utf8(utf8, line);
   });
 }
 

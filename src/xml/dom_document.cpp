@@ -4,6 +4,7 @@
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 #include <libxml/tree.h>
+#include <libxml/valid.h>
 #include <libxml/xmlIO.h>
 #include <libxml/xmlerror.h>
 #include <sys/stat.h>
@@ -12,6 +13,7 @@
 #include <cctype>
 #include <cerrno>
 #include <climits>
+#include <exception>
 #include <memory>
 #include <mutex>
 #include <system_error>
@@ -69,6 +71,10 @@ void init_library() {
 struct Capture {
   bool have = false;
   DomParseError first;
+  // A reading with the size limits lifted: once a fatal error has decided that it fails,
+  // it goes on under the default limits, as a default reading would (which stops, say,
+  // at the default depth instead of stacking every start tag of the rest).
+  xmlParserCtxtPtr lifted = nullptr;
 };
 
 // The capture of the parse running on this thread. Errors reach the handler both through
@@ -84,7 +90,12 @@ std::string strip_line_end(const char* message) {
 
 void capture_error(void*, xmlErrorPtr e) {
   Capture* capture = tls_capture;
-  if (capture == nullptr || e == nullptr || capture->have) return;
+  if (capture == nullptr || e == nullptr) return;
+  if (capture->lifted != nullptr && e->level == XML_ERR_FATAL) {
+    capture->lifted->options &= ~XML_PARSE_HUGE;
+    capture->lifted = nullptr;
+  }
+  if (capture->have) return;
   if (e->level < XML_ERR_ERROR) return;
   // Asking for validation of a document without a DTD is not a failure.
   if (e->code == XML_DTD_NO_DTD) return;
@@ -197,36 +208,276 @@ Ref<DomDocument> no_document(DomParseError* error, DomParseError failure) {
   return Ref<DomDocument>();
 }
 
-}  // namespace
+// The parser's default limits refuse a text node, an attribute value or a look-ahead past
+// this size, so a larger document the library wrote could not be read. Such a document is
+// read with the limits lifted, which also lifts the entity expansion checks and the depth
+// limit: that reading therefore stops at a document type (the only place entities can be
+// declared) and at the depth the default limit refuses, and the document is then read
+// with the default limits after all, which refuse it exactly as before.
+constexpr size_t kDefaultLimit = XML_MAX_TEXT_LENGTH;
 
-Ref<DomDocument> DomDocument::parse_bytes(std::string_view bytes, const char* url,
-                                          const char* encoding, int options, bool validate,
-                                          DomParseError* error) {
-    init_library();
-  if (bytes.size() > static_cast<size_t>(INT_MAX)) {
-    return no_document(error, {XML_ERR_INTERNAL_ERROR, "Document too large", 0, 0});
+// One reading of a text: the tree builder's own handlers, with ours around three of them.
+struct ParseRun {
+  xmlSAXHandler builder{};  // the tree builder's handlers, which ours call
+  bool limits_lifted = false;
+  bool tripped = false;  // the lifted reading met what it must not read
+  DomVisitor* visitor = nullptr;
+  bool streaming = false;   // hand each part on and let it go
+  bool whole_tree = false;  // a document type: entities need the tree, so keep it
+  std::exception_ptr visitor_failure;
+};
+
+ParseRun& run_of(void* ctx) {
+  return *static_cast<ParseRun*>(static_cast<xmlParserCtxtPtr>(ctx)->_private);
+}
+
+void trip(xmlParserCtxtPtr ctxt, ParseRun& run) {
+  run.tripped = true;
+  xmlStopParser(ctxt);
+}
+
+// Calls the visitor; what it throws stops the reading and is kept for the caller, since it
+// must not cross the parser's C frames.
+template <class F>
+void visit(xmlParserCtxtPtr ctxt, ParseRun& run, F&& call) {
+  if (run.visitor == nullptr || run.visitor_failure) return;
+  try {
+    std::forward<F>(call)();
+  } catch (...) {
+    run.visitor_failure = std::current_exception();
+    xmlStopParser(ctxt);
   }
-  Capture capture;
-  std::unique_ptr<xmlParserCtxt, CtxtFree> ctxt(xmlNewParserCtxt());
-  if (!ctxt) return no_document(error, {XML_ERR_NO_MEMORY, "Out of memory", 0, 0});
+}
+
+bool streams(const ParseRun& run) { return run.streaming && !run.whole_tree; }
+
+// A node about to be freed must not take its ID with it: later duplicates are still
+// refused as in the whole tree. The entry stays, without its attribute.
+void keep_ids(xmlNodePtr subtree) {
+  if (subtree->doc == nullptr || subtree->doc->ids == nullptr) return;
+  std::vector<xmlNodePtr> pending{subtree};
+  while (!pending.empty()) {
+    xmlNodePtr node = pending.back();
+    pending.pop_back();
+    if (node->type != XML_ELEMENT_NODE) continue;
+    for (xmlAttrPtr a = node->properties; a != nullptr; a = a->next) {
+      if ((a->atype & ~(15U << 27)) != XML_ATTRIBUTE_ID) continue;
+      if (a->children != nullptr && a->children->content != nullptr) {
+        auto* id = static_cast<xmlIDPtr>(xmlHashLookup(
+            static_cast<xmlIDTablePtr>(subtree->doc->ids), a->children->content));
+        if (id != nullptr && id->attr == a) id->attr = nullptr;
+      }
+      a->atype = static_cast<xmlAttributeType>(0);
+    }
+    for (xmlNodePtr c = node->children; c != nullptr; c = c->next) pending.push_back(c);
+  }
+}
+
+void discard(xmlNodePtr node) {
+  keep_ids(node);
+  xmlUnlinkNode(node);
+  xmlFreeNode(node);
+}
+
+// The element's children read so far are complete: those a parsed tree keeps (no text
+// of white space only, no empty text) go to the visitor, and all go.
+void hand_on_children(xmlParserCtxtPtr ctxt, ParseRun& run, xmlNodePtr element) {
+  int preserve = -2;  // looked up once, when needed
+  for (xmlNodePtr child = element->children; child != nullptr;) {
+    xmlNodePtr next = child->next;
+    bool kept = child->type != XML_ELEMENT_NODE;  // elements went at their end
+    if (child->type == XML_TEXT_NODE) {
+      if (child->content == nullptr || child->content[0] == 0) {
+        kept = false;
+      } else if (is_white_space_only(child->content)) {
+        if (preserve == -2) preserve = xmlNodeGetSpacePreserve(element);
+        kept = preserve == 1;
+      }
+    }
+    if (kept) visit(ctxt, run, [&] { run.visitor->child_node(DomDocument::node_of(child)); });
+    discard(child);
+    child = next;
+  }
+}
+
+void on_internal_subset(void* ctx, const xmlChar* name, const xmlChar* external_id,
+                        const xmlChar* system_id) {
+  ParseRun& run = run_of(ctx);
+  if (run.limits_lifted) return trip(static_cast<xmlParserCtxtPtr>(ctx), run);
+  run.whole_tree = true;
+  run.builder.internalSubset(ctx, name, external_id, system_id);
+}
+
+void on_start_element(void* ctx, const xmlChar* localname, const xmlChar* prefix,
+                      const xmlChar* uri, int nb_namespaces, const xmlChar** namespaces,
+                      int nb_attributes, int nb_defaulted, const xmlChar** attributes) {
+  auto ctxt = static_cast<xmlParserCtxtPtr>(ctx);
+  ParseRun& run = run_of(ctx);
+  // The default limit refuses an element opened below this many.
+  if (run.limits_lifted && static_cast<unsigned>(ctxt->nameNr) > xmlParserMaxDepth) {
+    return trip(ctxt, run);
+  }
+  xmlNodePtr parent = ctxt->node;
+  if (streams(run) && parent != nullptr) hand_on_children(ctxt, run, parent);
+  // A stopped parser has let its text go, which the attribute values point into.
+  if (run.visitor_failure) return;
+  run.builder.startElementNs(ctx, localname, prefix, uri, nb_namespaces, namespaces,
+                             nb_attributes, nb_defaulted, attributes);
+  if (streams(run) && ctxt->node != nullptr && ctxt->node != parent) {
+    xmlNodePtr element = ctxt->node;
+    visit(ctxt, run, [&] { run.visitor->start_element(DomDocument::node_of(element)); });
+  }
+}
+
+void on_end_element(void* ctx, const xmlChar* localname, const xmlChar* prefix,
+                    const xmlChar* uri) {
+  auto ctxt = static_cast<xmlParserCtxtPtr>(ctx);
+  ParseRun& run = run_of(ctx);
+  xmlNodePtr element = ctxt->node;
+  run.builder.endElementNs(ctx, localname, prefix, uri);
+  if (!streams(run) || element == nullptr) return;
+  hand_on_children(ctxt, run, element);
+  visit(ctxt, run, [&] { run.visitor->end_element(DomDocument::node_of(element)); });
+  // The root stays as the document's element; everything below it goes.
+  if (element->parent != nullptr && element->parent->type == XML_ELEMENT_NODE) {
+    discard(element);
+  }
+}
+
+struct Parsed {
   std::unique_ptr<xmlDoc, DocFree> doc;
+  bool whole_tree = false;
+};
+
+// One reading; no document, with *failure filled, when the text is refused (or when the
+// reading was stopped: run.tripped, run.visitor_failure).
+Parsed read_once(std::string_view bytes, const char* url, const char* encoding, int options,
+                 bool validate, ParseRun& run, DomParseError* failure) {
+  Capture capture;
+  Parsed parsed;
+  std::unique_ptr<xmlParserCtxt, CtxtFree> ctxt(xmlNewParserCtxt());
+  if (!ctxt) {
+    *failure = {XML_ERR_NO_MEMORY, "Out of memory", 0, 0};
+    return parsed;
+  }
+  run.builder = *ctxt->sax;
+  ctxt->_private = &run;
+  if (run.limits_lifted) capture.lifted = ctxt.get();
+  ctxt->sax->internalSubset = on_internal_subset;
+  ctxt->sax->startElementNs = on_start_element;
+  ctxt->sax->endElementNs = on_end_element;
   {
     ParseScope scope(&capture, validate ? LoadPolicy::kLocalOnly : LoadPolicy::kDeny);
     // Errors raised with the parser context go to the context's own channel.
     ctxt->sax->serror = capture_error;
-    doc.reset(xmlCtxtReadMemory(ctxt.get(), bytes.data(), static_cast<int>(bytes.size()), url,
-                                encoding, options));
+    parsed.doc.reset(xmlCtxtReadMemory(ctxt.get(), bytes.data(), static_cast<int>(bytes.size()),
+                                       url, encoding,
+                                       options | (run.limits_lifted ? XML_PARSE_HUGE : 0)));
   }
-  const bool failed = !doc || ctxt->wellFormed == 0 || ctxt->nsWellFormed == 0 ||
+  parsed.whole_tree = run.whole_tree;
+  if (run.tripped || run.visitor_failure) {
+    parsed.doc.reset();
+    return parsed;
+  }
+  const bool failed = !parsed.doc || ctxt->wellFormed == 0 || ctxt->nsWellFormed == 0 ||
                       (validate && ctxt->valid == 0 && capture.have);
   if (failed) {
+    parsed.doc.reset();
     if (!capture.have) {
       capture.first = {XML_ERR_INTERNAL_ERROR, "The document could not be parsed", 0, 0};
     }
-    return no_document(error, std::move(capture.first));
+    *failure = std::move(capture.first);
   }
-  if (xmlNodePtr root = xmlDocGetRootElement(doc.get())) drop_white_space_text(root);
-  return Ref<DomDocument>(new DomDocument(doc.release()));
+  return parsed;
+}
+
+// A document too large for the default limits is first read with them lifted; when that
+// reading trips, the default one decides (see kDefaultLimit). A reading that trips has
+// handed nothing to the visitor that a successful reading would use: a document type
+// comes before the root element, and a document nested too deep is refused.
+Parsed read(std::string_view bytes, const char* url, const char* encoding, int options,
+            bool validate, DomVisitor* visitor, bool streaming, DomParseError* failure,
+            std::exception_ptr* visitor_failure) {
+  init_library();
+  if (bytes.size() > static_cast<size_t>(INT_MAX)) {
+    *failure = {XML_ERR_INTERNAL_ERROR, "Document too large", 0, 0};
+    return Parsed();
+  }
+  const bool large = bytes.size() > kDefaultLimit;
+  for (bool lifted : {true, false}) {
+    if (lifted && !large) continue;
+    ParseRun run;
+    run.limits_lifted = lifted;
+    run.visitor = visitor;
+    run.streaming = streaming;
+    Parsed parsed = read_once(bytes, url, encoding, options, validate, run, failure);
+    if (run.visitor_failure) {
+      *visitor_failure = run.visitor_failure;
+      return Parsed();
+    }
+    if (!run.tripped) return parsed;
+  }
+  return Parsed();  // not reached: the default reading never trips
+}
+
+// A whole tree handed to a visitor in document order, as a streaming reading hands it.
+void walk(const DomNode& element, DomVisitor& visitor) {
+  visitor.start_element(element);
+  for (const DomNode& child : element.child_nodes()) {
+    if (child.type() == DomNode::kElement) {
+      walk(child, visitor);
+    } else {
+      visitor.child_node(child);
+    }
+  }
+  visitor.end_element(element);
+}
+
+}  // namespace
+
+DomNode DomDocument::node_of(void* node) { return DomNode(Ref<DomDocument>(), node); }
+
+Ref<DomDocument> DomDocument::parse_bytes(std::string_view bytes, const char* url,
+                                          const char* encoding, int options, bool validate,
+                                          DomParseError* error) {
+  DomParseError failure;
+  std::exception_ptr no_visitor;
+  Parsed parsed =
+      read(bytes, url, encoding, options, validate, nullptr, false, &failure, &no_visitor);
+  if (!parsed.doc) return no_document(error, std::move(failure));
+  if (xmlNodePtr root = xmlDocGetRootElement(parsed.doc.get())) drop_white_space_text(root);
+  return Ref<DomDocument>(new DomDocument(parsed.doc.release()));
+}
+
+bool DomDocument::stream_text(std::string_view utf8, DomVisitor* visitor, DomParseError* error,
+                              std::exception_ptr* visitor_failure) {
+  // Named, the encoding costs the parser a second copy of the text, converted from the
+  // first; unnamed, it is UTF-8 unless the first four bytes say otherwise, which only
+  // NULs among them can do in well-formed UTF-8.
+  const bool nul_at_start = utf8.substr(0, 4).find('\0') != std::string_view::npos;
+  DomParseError failure;
+  Parsed parsed = read(utf8, nullptr, nul_at_start ? "UTF-8" : nullptr,
+                       options_for(false) | XML_PARSE_IGNORE_ENC, false, visitor, true, &failure,
+                       visitor_failure);
+  if (*visitor_failure) return true;
+  if (!parsed.doc) {
+    if (error != nullptr) *error = std::move(failure);
+    return false;
+  }
+  if (parsed.whole_tree && visitor != nullptr) {
+    try {
+      Ref<DomDocument> document(new DomDocument(parsed.doc.get()));
+      parsed.doc.release();
+      DomNode root = document->document_element();
+      if (root) drop_white_space_text(static_cast<xmlNodePtr>(root.node_));
+      if (DomNode doctype = document->doctype()) visitor->document_type(doctype);
+      root.normalize();
+      walk(root, *visitor);
+    } catch (...) {
+      *visitor_failure = std::current_exception();
+    }
+  }
+  return true;
 }
 
 Ref<DomDocument> DomDocument::parse_text(std::string_view utf8, bool validate,

@@ -3,13 +3,17 @@
 //
 // Parsing is hardened: the network is never used, external entities and DTDs are read
 // only when validation is asked (and then only local files), entity expansion is
-// bounded by the parser's amplification checks, and nothing is printed to stderr.
+// bounded by the parser's amplification checks, and nothing is printed to stderr. A
+// document past the parser's default size limits (10 MB) is read with them lifted only
+// when it declares no document type and nests no deeper than the default depth limit
+// allows, so every refusal stays the default reading's.
 // White-space-only text nodes are dropped (white-space preservation is off).
 //
 // All names and texts handed out are UTF-8.
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -81,6 +85,19 @@ class DomNode {
   void* node_ = nullptr;  // the libxml2 node, owned by document_
 };
 
+// What a streaming reading hands on as it reads: each element once its start tag is read
+// (name and attributes readable), each other child node once complete (text already as a
+// parsed tree keeps it: no text of white space only), and the element's end. The nodes
+// are valid only during the call.
+class DomVisitor {
+ public:
+  virtual ~DomVisitor() = default;
+  virtual void document_type(const DomNode& doctype) = 0;
+  virtual void start_element(const DomNode& element) = 0;
+  virtual void child_node(const DomNode& node) = 0;  // text, comment, CDATA, instruction
+  virtual void end_element(const DomNode& element) = 0;
+};
+
 class DomDocument : public Object {
  public:
   static constexpr const char* kTypeName = "DOMDocument";
@@ -88,10 +105,21 @@ class DomDocument : public Object {
   // Parses UTF-8 text; the encoding named by the declaration is ignored, because the
   // bytes are UTF-8 whatever it says. Null on failure, with *error filled.
   static Ref<DomDocument> parse_text(std::string_view utf8, bool validate, DomParseError* error);
+  // Reads UTF-8 text as parse_text(utf8, false) does, with the same failures, but keeps
+  // no more of it than the element being read and its ancestors: the visitor (may be
+  // null: a well-formedness check) sees it go by. A document with a document type is
+  // built whole (its entities need the tree) and then walked. False on a parse failure,
+  // with *error filled; what the visitor throws stops the reading and lands in
+  // *visitor_failure.
+  static bool stream_text(std::string_view utf8, DomVisitor* visitor, DomParseError* error,
+                          std::exception_ptr* visitor_failure);
   // Parses a local file (its own declaration decides the encoding). A file that cannot
   // be read fails like a parse error, with the I/O error's code and message.
   static Ref<DomDocument> parse_file(const std::string& path, bool validate,
                                      DomParseError* error);
+
+  // A libxml2 node of a document being read, which the reading owns (for its handlers).
+  static DomNode node_of(void* node);
 
   ~DomDocument() override;
   const ClassInfo& class_info() const override;

@@ -447,6 +447,58 @@ static void events(void) {
   CHECK(vq_release(col) == 0);
 }
 
+/* A sink that, on its first call, unadvises another sink and frees that sink's context and
+ * advises a fresh one; on its second, drops the host's only reference to the source. */
+struct rude_sink {
+  int calls;
+  uint32_t victim;
+  int* victim_context;
+  struct sink* fresh;
+};
+
+static void count_call(void* context, vq_object* source, int32_t dispid) {
+  (void)source;
+  (void)dispid;
+  ++*(int*)context;
+}
+
+static void on_rude_event(void* context, vq_object* source, int32_t dispid) {
+  (void)dispid;
+  struct rude_sink* r = context;
+  uint32_t cookie = 0;
+  if (++r->calls == 1) {
+    CHECK(vq_unadvise(source, r->victim) == 0);
+    free(r->victim_context); /* calling the victim now would touch freed memory */
+    CHECK(vq_advise(source, on_event, r->fresh, &cookie) == 0);
+  } else if (r->calls == 2) {
+    vq_release(source);
+  }
+}
+
+static void events_changed_during_delivery(void) {
+  vq_object* col = create("ICatItemCol");
+  struct sink fresh = {0, col, 0, 0};
+  struct rude_sink rude = {0, 0, malloc(sizeof(int)), &fresh};
+  uint32_t cookie = 0;
+  CHECK(vq_advise(col, on_rude_event, &rude, &cookie) == 0);
+  CHECK(vq_advise(col, count_call, rude.victim_context, &rude.victim) == 0);
+  vq_object* item = create("ICatItem");
+  vq_value args[2] = {object_value(item), text_value("K1")}, result;
+  CHECK(vq_invoke(col, dispid_of(col, "Add"), VQ_METHOD, args, 2, &result) == 0);
+  vq_value_clear(&result);
+  CHECK(rude.calls == 1 && fresh.calls == 0); /* advised during delivery: not this event */
+  vq_value_clear(&args[1]);
+  args[1] = text_value("K2");
+  /* The source outlives the call that drops the host's reference to it. */
+  CHECK(vq_invoke(col, dispid_of(col, "Add"), VQ_METHOD, args, 2, &result) == 0);
+  vq_value_clear(&result);
+  CHECK(rude.calls == 2 && fresh.calls == 1 && fresh.right_source == 1);
+  vq_value_clear(&args[0]);
+  vq_value_clear(&args[1]);
+  vq_release(item);
+  CHECK(DllCanUnloadNow() == 0);
+}
+
 /* ---- Error texts per thread ---- */
 static void* fail_on_other_thread(void* unused) {
   (void)unused;
@@ -455,6 +507,73 @@ static void* fail_on_other_thread(void* unused) {
   vq_value result;
   seen[1] = vq_invoke(NULL, 0, VQ_GET, NULL, 0, &result);
   return seen;
+}
+
+/* One failing call per entry point that returns an error number. */
+static vq_object* g_price;
+static int32_t create_unknown(void) {
+  vq_object* obj = NULL;
+  return vq_create("vexqom_PLUMEK2.NoSuchClass", &obj);
+}
+static int32_t dispid_of_null(void) {
+  int32_t id = 0;
+  return vq_get_dispid(NULL, "Cost", &id);
+}
+static int32_t invoke_unknown(void) {
+  vq_value result;
+  return vq_invoke(g_price, 12345, VQ_GET, NULL, 0, &result);
+}
+static int32_t advise_without_events(void) {
+  uint32_t cookie = 0;
+  return vq_advise(g_price, on_event, NULL, &cookie);
+}
+static int32_t unadvise_null(void) { return vq_unadvise(NULL, 1); }
+static int32_t enum_next_null(void) {
+  vq_value out;
+  return vq_enum_next(NULL, &out);
+}
+static int32_t member_info_unknown(void) {
+  int32_t accessors = 0, params = 0;
+  return vq_member_info(g_price, 12345, &accessors, &params);
+}
+static int32_t class_object_unknown(void) {
+  const vq_guid nothing = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
+  vq_object* factory = NULL;
+  return DllGetClassObject(&nothing, NULL, &factory);
+}
+/* A registry folder under a plain file cannot be made. */
+static int32_t register_unwritable(void) { return DllRegisterServer(); }
+static int32_t unregister_unwritable(void) { return DllUnregisterServer(); }
+
+static void every_entry_point_records_its_failure(void) {
+  static int32_t (*const failing[])(void) = {
+      create_unknown,       dispid_of_null,      invoke_unknown,
+      advise_without_events, unadvise_null,      enum_next_null,
+      member_info_unknown,  class_object_unknown, register_unwritable,
+      unregister_unwritable};
+  g_price = create("ICatPrice");
+  const char* saved = getenv("XDG_DATA_HOME");
+  char* kept = saved ? strdup(saved) : NULL;
+  setenv("XDG_DATA_HOME", "/dev/null/vexqom", 1);
+  for (size_t i = 0; i < sizeof failing / sizeof failing[0]; ++i) {
+    /* Each starts from another error, so a failure left unrecorded shows. */
+    CHECK(let_one(g_price, "Cost", text_value("abc")) == 13);
+    int32_t rc = failing[i]();
+    if (rc == 0 || rc == 13 || vq_error_number() != rc ||
+        strcmp(vq_error_source(), "vexqom_PLUMEK2") != 0 || vq_error_description()[0] == 0 ||
+        strcmp(vq_error_description(), "Type mismatch") == 0) {
+      fprintf(stderr, "entry point %zu: returned %d, recorded %d %s: %s\n", i, (int)rc,
+              (int)vq_error_number(), vq_error_source(), vq_error_description());
+      ++failures;
+    }
+  }
+  if (kept) {
+    setenv("XDG_DATA_HOME", kept, 1);
+    free(kept);
+  } else {
+    unsetenv("XDG_DATA_HOME");
+  }
+  vq_release(g_price);
 }
 
 static void errors(void) {
@@ -614,6 +733,8 @@ int main(void) {
   by_reference();
   enumerations();
   events();
+  events_changed_during_delivery();
+  every_entry_point_records_its_failure();
   errors();
   creation();
   if (failures == 0) printf("contract_host: all checks passed\n");

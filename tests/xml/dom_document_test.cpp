@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "support/log_folder.h"
+#include "vexqom/xml_text.h"
 #include "xml/clsXML.h"
 
 namespace vexqom {
@@ -192,6 +193,82 @@ TEST_F(DomDocumentTest, EntityExpansionBombFailsFastWithLittleMemory) {
   // A bound against expansion, not a speed measure: a real expansion runs for minutes.
   EXPECT_LT(elapsed, std::chrono::seconds(30));
   EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 64 * 1024);  // KiB
+}
+
+// Past the parser's default size limits a document is read with them lifted, unless it
+// declares a document type or nests deeper than the default depth: what follows a hostile
+// start never changes its refusal, and a large document the library could write is read.
+TEST_F(DomDocumentTest, LargeDocumentsAreReadAndHostileOnesStayRefused) {
+  auto outcome = [](auto&& read) -> std::string {
+    try {
+      read();
+      return "accepted";
+    } catch (const Error& e) {
+      return u8(e.description());
+    }
+  };
+  auto repeat = [](const std::string& unit, int n) {
+    std::string out;
+    for (int i = 0; i < n; ++i) out += unit;
+    return out;
+  };
+  const std::string padding = "<!--" + std::string(11'000'000, 'x') + "-->";
+  const std::string hostile[] = {
+      billion_laughs("<lolz>&lol9;</lolz>"),
+      billion_laughs("<lolz a='&lol9;'/>"),
+      "<!DOCTYPE r [<!ENTITY e '" + std::string(20000, 'x') + "'>]><r>" +
+          repeat("&e;", 20000) + "</r>",
+      "<!DOCTYPE r [<!ENTITY a '&b;'><!ENTITY b '&a;'>]><r>&a;</r>",
+      repeat("<a>", 300) + repeat("</a>", 300),
+      // An external entity is never read; a document type keeps the default limits.
+      "<!DOCTYPE r [<!ENTITY x SYSTEM 'file:///etc/passwd'>]><r>&x;<x/></r>"};
+  for (const std::string& start : hostile) {
+    const std::string large = start + padding;
+    const std::string refused = outcome([&] { validate_xml(std::string_view(large)); });
+    EXPECT_NE(refused, "accepted") << start.substr(0, 60);
+    if (start.find("SYSTEM") == std::string::npos) {
+      EXPECT_EQ(refused, outcome([&] { validate_xml(std::string_view(start)); }));
+    }
+    EXPECT_EQ(outcome([&] { create<clsXML>()->DocumentCreate(from_utf8(large)); }), refused);
+  }
+
+  // One line, with a text and an attribute value each past the default limits.
+  const std::string value(12'000'000, 'v');
+  const std::string document = "<Items><Count>1</Count><Item a='" + value +
+                               "'><Description>" + value + "</Description></Item></Items>";
+  EXPECT_EQ(outcome([&] { validate_xml(std::string_view(document)); }), "accepted");
+  EXPECT_EQ(prettify_xml(std::string_view(document)),
+            "\r\n<Items>\r\n  <Count>1</Count>\r\n  <Item a='" + value +
+                "'>\r\n    <Description>" + value + "</Description>\r\n  </Item>\r\n</Items>");
+}
+
+// A visitor that throws at its n-th call stops the reading there; the reading gives back
+// what it threw, and leaves nothing behind.
+TEST_F(DomDocumentTest, StreamStopsWhereItsVisitorFails) {
+  struct Failing : DomVisitor {
+    int left = 0;
+    void step() {
+      if (--left == 0) throw Error(errc::kOutOfMemory);
+    }
+    void document_type(const DomNode&) override { step(); }
+    void start_element(const DomNode&) override { step(); }
+    void child_node(const DomNode&) override { step(); }
+    void end_element(const DomNode&) override { step(); }
+  };
+  for (const char* doc : {"<r a='1'><a>x</a><!--c--><b/>y</r>",
+                          "<!DOCTYPE r [<!ENTITY e '<b>x</b>'>]><r><a>&e;</a>y</r>"}) {
+    for (int n = 1; n <= 12; ++n) {
+      Failing visitor;
+      visitor.left = n;
+      DomParseError error;
+      std::exception_ptr failure;
+      EXPECT_TRUE(DomDocument::stream_text(doc, &visitor, &error, &failure)) << doc << n;
+      EXPECT_EQ(static_cast<bool>(failure), visitor.left == 0) << doc << n;
+      if (failure) {
+        EXPECT_THROW(std::rethrow_exception(failure), Error);
+      }
+    }
+  }
 }
 
 TEST_F(DomDocumentTest, ParserWritesNothingToStandardError) {
