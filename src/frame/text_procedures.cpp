@@ -75,4 +75,16 @@ Text str_Quoted(const Text& text) {
   return Q + rest + Q;
 }
 
+Text replace_all(const Text& text, TextView what, TextView with) {
+  Text out;
+  out.reserve(text.size());
+  size_t from = 0;
+  for (size_t at; (at = text.find(what, from)) != Text::npos; from = at + what.size()) {
+    out.append(text, from, at - from);
+    out += with;
+  }
+  out.append(text, from, Text::npos);
+  return out;
+}
+
 }  // namespace vexqom

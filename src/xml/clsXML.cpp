@@ -31,22 +31,6 @@ int16_t checked16(int32_t v) {
 }
 
 
-void replace_all(Text& text, TextView what, TextView with) {
-  size_t pos = text.find(what);
-  if (pos == Text::npos) return;
-  Text out;
-  out.reserve(text.size());
-  size_t from = 0;
-  while (pos != Text::npos) {
-    out.append(text, from, pos - from);
-    out.append(with);
-    from = pos + what.size();
-    pos = text.find(what, from);
-  }
-  out.append(text, from, Text::npos);
-  text = std::move(out);
-}
-
 Text apostrophes_to_quotes(Text text) {
   for (char16_t& c : text) {
     if (c == u'\'') c = u'"';
@@ -239,8 +223,7 @@ Text clsXML::ComposeDocument() {
   const Text encoding = encoding_.empty() ? Text() : u"encoding=" + str_Quoted(encoding_);
   Text& header = header_template_ ? *header_template_
                                   : header_template_.emplace(u"<?xml {ver} {enc} ?>");
-  replace_all(header, u"{ver}", version);
-  replace_all(header, u"{enc}", encoding);
+  header = replace_all(replace_all(header, u"{ver}", version), u"{enc}", encoding);
 
   Text out = header;
   for (const Text* part : {&stylesheet_, &prefix_, &doctype_}) {

@@ -2,6 +2,7 @@
 // error whose message says what the parser found and where; or reading a text as it goes
 // by, with the same failures, without keeping it.
 #include "frame/procedure.h"
+#include "frame/text_procedures.h"
 #include "vexqom/variant.h"
 #include "xml/clsXML.h"
 #include "xml/dom_document.h"
@@ -9,19 +10,6 @@
 namespace vexqom {
 
 namespace {
-
-// Left to right, continuing after each replacement.
-Text replace_all(const Text& text, TextView what, TextView with) {
-  Text out;
-  out.reserve(text.size());
-  size_t from = 0;
-  for (size_t at; (at = text.find(what, from)) != Text::npos; from = at + what.size()) {
-    out.append(text, from, at - from);
-    out += with;
-  }
-  out.append(text, from, Text::npos);
-  return out;
-}
 
 Text location(const DomParseError& failure) {
   return u"Location: line " + integer_text(failure.line) + u", col " +
