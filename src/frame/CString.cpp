@@ -249,39 +249,15 @@ int32_t CString::InstrBytes(std::string_view pattern, int32_t start) const {
 }
 
 int32_t CString::Find(const Text& search, std::optional<int32_t> startPos) {
+  // The first occurrence at or after the start, as a Boyer-Moore-Horspool scan finds it.
   if (search.empty()) return 0;
-  if (!find_cache_ || search != find_cache_->text) {
-    std::string pattern = to_code_page(search);
-    const int32_t m = checked_length(pattern.size());
-    if (!find_cache_) find_cache_ = std::make_unique<FindCache>();
-    find_cache_->text.clear();  // matches no search until the table is whole again
-    int32_t* table = find_cache_->table;
-    std::fill(table, table + 256, m);
-    // Later occurrences overwrite earlier ones; the last byte's entry ends up 0.
-    for (int32_t k = 1; k <= m; ++k) {
-      table[static_cast<uint8_t>(pattern[static_cast<size_t>(k - 1)])] = m - k;
-    }
-    find_cache_->text = search;
-    find_cache_->bytes = std::move(pattern);
-  }
-  const std::string_view pat = find_cache_->bytes;
-  const int32_t* table = find_cache_->table;
-  const int64_t m = static_cast<int64_t>(pat.size());
-  const int64_t start = (!startPos || *startPos < 1) ? 1 : *startPos;
-  const char* text = data_.data();
-  // 1-based i is the candidate's last byte; a zero shift means it equals the pattern's
-  // last byte, so only the bytes before it still need comparing.
-  for (int64_t i = start + m - 1; i <= length_;) {
-    const int32_t s = table[static_cast<uint8_t>(text[i - 1])];
-    if (s != 0) {
-      i += s;
-    } else if (std::memcmp(text + (i - m), pat.data(), static_cast<size_t>(m - 1)) == 0) {
-      return static_cast<int32_t>(i - m + 1);
-    } else {
-      i += 1;
-    }
-  }
-  return 0;
+  const std::string pattern = to_code_page(search);
+  const size_t start = !startPos || *startPos < 1 ? 0 : static_cast<size_t>(*startPos) - 1;
+  if (start > bytes().size()) return 0;
+  const std::string_view text = bytes().substr(start);
+  const auto at = std::search(text.begin(), text.end(),
+                              std::boyer_moore_horspool_searcher(pattern.begin(), pattern.end()));
+  return at == text.end() ? 0 : static_cast<int32_t>(start + (at - text.begin()) + 1);
 }
 
 // ---- case and order ----

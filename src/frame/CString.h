@@ -92,8 +92,8 @@ class CString : public Object {
   // fills every one of them (before anything else touches the buffer).
   char* AppendSpace(size_t count);
 
-  // Boyer-Moore-Horspool with a table cached per instance. StartPos missing or below 1
-  // starts at 1; an empty Search gives 0.
+  // The first occurrence at or after StartPos (missing or below 1: 1); 0 for none and
+  // for an empty Search.
   int32_t Find(const Text& search, std::optional<int32_t> startPos = std::nullopt);
 
   // Binary file members on a file the caller opened; errors pass on (error 75).
@@ -129,14 +129,6 @@ class CString : public Object {
   int32_t buffer_size_ = 0;
   int32_t length_ = 0;
   uint64_t generation_ = 0;
-  // Find's skip table for the last pattern; made on the first Find, so that the many
-  // buffers that are never searched that way stay small.
-  struct FindCache {
-    Text text;
-    std::string bytes;  // text in the code page
-    int32_t table[256];
-  };
-  std::unique_ptr<FindCache> find_cache_;
 };
 
 }  // namespace vexqom

@@ -44,12 +44,6 @@ struct CodePage {
   }
 };
 
-
-const CodePage& code_page() {
-  static const CodePage table;
-  return table;
-}
-
 const CodePage& windows_1252() {
   static const CodePage table;
   return table;

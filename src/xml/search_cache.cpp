@@ -49,39 +49,29 @@ bool is_valid_name(TextView name) {
                      [](char16_t c) { return c > 0 && c < 0x80 && c != u'<' && c != u'>'; });
 }
 
-bool same_name(TextView name, TextView text, const std::string&) { return name == text; }
-bool same_name(std::string_view name, TextView, const std::string& bytes) {
-  return name == bytes;
-}
-
 }  // namespace
 
 // ---------------------------------------------------------------------------
 // ElementNames
 
-template <class Unit>
-size_t ElementNames::slot_of(const Unit* name, size_t length) {
-  const auto unit = [&](size_t i) { return static_cast<size_t>(name[i]); };
-  return (length * 37 + unit(0) * 7 + unit(length / 2) * 3 + unit(length - 1) * 13) % kSlots;
+size_t ElementNames::slot_of(std::string_view name) {
+  const auto byte = [&](size_t i) { return static_cast<size_t>(static_cast<unsigned char>(name[i])); };
+  return (name.size() * 37 + byte(0) * 7 + byte(name.size() / 2) * 3 + byte(name.size() - 1) * 13) %
+         kSlots;
 }
 
-template <class Unit>
-size_t ElementNames::lookup(const Unit* name, size_t length) const {
-  if (length == 0 || length > longest_) return npos;
-  for (size_t slot = slot_of(name, length);; slot = (slot + 1) % kSlots) {
+size_t ElementNames::index_of(std::string_view name) const {
+  if (name.empty() || name.size() > longest_) return npos;
+  for (size_t slot = slot_of(name);; slot = (slot + 1) % kSlots) {
     const uint8_t entry = slots_[slot];
     if (entry == 0) return npos;
-    if (same_name(std::basic_string_view<Unit>(name, length), names_[entry - 1],
-                  name_bytes_[entry - 1])) {
-      return entry - 1;
-    }
+    if (name_bytes_[entry - 1] == name) return entry - 1;
   }
 }
 
-size_t ElementNames::index_of(TextView name) const { return lookup(name.data(), name.size()); }
-
-size_t ElementNames::index_of(std::string_view name) const {
-  return lookup(name.data(), name.size());
+size_t ElementNames::index_of(TextView name) const {
+  const auto found = std::find(names_.begin(), names_.end(), name);
+  return found == names_.end() ? npos : static_cast<size_t>(found - names_.begin());
 }
 
 ElementNames::ElementNames(const std::vector<TextView>& names) {
@@ -94,7 +84,7 @@ ElementNames::ElementNames(const std::vector<TextView>& names) {
     end_tags_.push_back("</" + name_bytes_.back() + ">");
     longest_ = std::max(longest_, name.size());
     first_bytes_by_length_[name.size() % 64] |= uint64_t{1} << (name.front() % 64);
-    size_t slot = slot_of(name.data(), name.size());
+    size_t slot = slot_of(name_bytes_.back());
     while (slots_[slot] != 0) slot = (slot + 1) % kSlots;
     slots_[slot] = static_cast<uint8_t>(names_.size());
   }

@@ -40,8 +40,8 @@ class ElementNames {
   TextView name(size_t index) const { return names_[index]; }
   std::string_view name_bytes(size_t index) const { return name_bytes_[index]; }
   std::string_view end_tag(size_t index) const { return end_tags_[index]; }
-  size_t index_of(TextView name) const;
-  size_t index_of(std::string_view name) const;
+  size_t index_of(TextView name) const;           // a scan: for the rare name asked by Text
+  size_t index_of(std::string_view name) const;   // hashed: for every tag of a text
   // False when no name of the set has this length and first byte: most tags of a text are
   // ruled out by this before any lookup.
   bool may_hold(const char* name, size_t length) const {
@@ -51,10 +51,7 @@ class ElementNames {
  private:
   // Open addressing over a small table: a lookup is a hash and usually one comparison.
   static constexpr size_t kSlots = 2 * kMaxNames;
-  template <class Unit>
-  static size_t slot_of(const Unit* name, size_t length);
-  template <class Unit>
-  size_t lookup(const Unit* name, size_t length) const;
+  static size_t slot_of(std::string_view name);
 
   std::vector<TextView> names_;
   std::vector<std::string> name_bytes_;
