@@ -23,7 +23,29 @@ LogFolder::~LogFolder() {
   std::filesystem::remove_all(path_, ec);
 }
 
-void LogFolder::create_trace_flag() const { write_file(trace_flag_path(), ""); }
+void LogFolder::create_trace_flag() const {
+  write_file(path_ + "/libvexqom_PLUMEK2.trace.flg", "");
+}
+
+void LogFolder::start_tracing() const {
+  create_trace_flag();
+  diag::ErrorLog_Write(u"start tracing");
+}
+
+std::vector<std::string> LogFolder::error_messages() const {
+  std::vector<std::string> out;
+  for (const std::string& line : error_lines()) out.push_back(log_message(line));
+  return out;
+}
+
+std::vector<std::string> LogFolder::traced(const std::string& part) const {
+  std::vector<std::string> out;
+  for (const std::string& line : trace_lines()) {
+    const size_t at = line.find(part);
+    if (at != std::string::npos) out.push_back(line.substr(at));
+  }
+  return out;
+}
 
 std::string LogFolder::read_file(const std::string& file) {
   std::ifstream in(file, std::ios::binary);

@@ -1,0 +1,385 @@
+// The vehicle, price and item records: what they derive from their fields and their XML
+// forms under both writer switch settings.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "records/record_form.h"
+#include "support/checks.h"
+#include "support/log_folder.h"
+#include "support/samples.h"
+#include "vexqom/ICatItem.h"
+
+namespace vexqom {
+namespace {
+
+using testing::error_number_of;
+using testing::failure_of;
+using testing::LogFolder;
+using testing::u8;
+using testing::WriterSwitches;
+
+Ref<ICatPrice> price(ICatItem& item, const char16_t* location) {
+  return item.get_PriceCol()->get_Item(Variant(location));
+}
+
+// Loads an item or price text holding one element.
+void load_one(auto& record, const char16_t* root, const char16_t* tag, const char16_t* text) {
+  record.put_XML(Text(u"<") + root + u"><" + tag + u">" + text + u"</" + tag + u"></" + root +
+                 u">");
+}
+
+TEST(ICatVehicle, DescriptionXmlAndTheMileageReader) {
+  auto v = create<ICatVehicle>();
+  EXPECT_EQ(v->get_Description(), u"   ") << "three blanks when all parts are empty";
+  EXPECT_EQ(v->get_XML(), u"<Vehicle></Vehicle>");
+  v->put_Year(u"2001");
+  v->put_Make(u"Ford & <Sons>");
+  v->put_Engine(u"3.0L V6");
+  // An empty model keeps its blanks.
+  EXPECT_EQ(v->get_Description(), u"2001 Ford & <Sons>  3.0L V6");
+  v->put_Plate(u"00");
+  v->put_CurrentMileage(u"0");
+  // Never the composed description, never a zero.
+  EXPECT_EQ(u8(v->get_XML()),
+            "<Vehicle><Year>2001</Year><Make>Ford &amp; &lt;Sons&gt;</Make>"
+            "<Engine>3.0L V6</Engine></Vehicle>");
+  for (auto put :
+       {&ICatVehicle::put_AAIA, &ICatVehicle::put_Model, &ICatVehicle::put_VIN,
+        &ICatVehicle::put_Plate, &ICatVehicle::put_Description, &ICatVehicle::put_CurrentMileage})
+    ((*v).*put)(u"x");
+  EXPECT_EQ(u8(v->get_XML()),
+            "<Vehicle><AAIA>x</AAIA><Year>2001</Year><Make>Ford &amp; &lt;Sons&gt;"
+            "</Make><Model>x</Model><Engine>3.0L V6</Engine><VIN>x</VIN><Plate>x"
+            "</Plate><Description>x</Description><CurrentMileage>x</CurrentMileage>"
+            "</Vehicle>");
+  auto copy = create<ICatVehicle>();
+  copy->put_CurrentMileage(u"stale");
+  copy->put_XML(v->get_XML());
+  EXPECT_EQ(copy->get_Make() + copy->get_Description() + copy->get_VIN(), u"Ford & <Sons>xx");
+  EXPECT_EQ(copy->get_CurrentMileage(), u"") << "the reader takes Mileage, not CurrentMileage";
+  copy->put_XML(u"<Car><Mileage> 99 </Mileage><Make>  Kia </Make></Car>");
+  EXPECT_EQ(copy->get_CurrentMileage() + u"|" + copy->get_Make() + u"|" + copy->get_Year(),
+            u"99|Kia|");
+  v->Clear();
+  EXPECT_EQ(v->get_Description() + v->get_AAIA() + v->get_CurrentMileage(), u"   ");
+}
+
+const char* const kFilledPrice =
+    "<Price><Location>MAIN</Location><SellerID>#123</SellerID><DeliveryTime>2 days"
+    "</DeliveryTime><UrgentFlag>True</UrgentFlag><QtyBuyingInc>4</QtyBuyingInc><PackingUnits>"
+    "BX</PackingUnits><PackNumUnits>12</PackNumUnits><WarrantyCode>W1</WarrantyCode><Rank>2"
+    "</Rank><PriceTag>A&amp;B</PriceTag><Available>5</Available><QuantityToOrder>2.5"
+    "</QuantityToOrder><CoreCost>1.5</CoreCost><CoreList>2.25</CoreList><Cost>10</Cost><List>"
+    "19.99</List><Sell>-0.8</Sell><Margin>12.3457</Margin></Price>";
+
+TEST(ICatPrice, SellerIdWriterSwitchesAndRoundTrip) {
+  LogFolder logs;  // fresh thread state: both switches off
+  auto p = create<ICatPrice>();
+  const std::pair<const char16_t*, const char16_t*> sellers[] = {
+      {u"123", u"123"}, {u"#123", u"123"}, {u"##1", u"#1"}, {u"", u""}};
+  for (const auto& [given, read] : sellers) {
+    p->put_SellerID(given);
+    EXPECT_EQ(p->get_SellerID(), read) << u8(given);
+  }
+  EXPECT_EQ(u8(p->get_XML()),
+            "<Price><Location></Location><SellerID></SellerID><DeliveryTime></DeliveryTime>"
+            "<UrgentFlag>False</UrgentFlag><QtyBuyingInc></QtyBuyingInc><PackingUnits>"
+            "</PackingUnits><PackNumUnits></PackNumUnits><WarrantyCode></WarrantyCode><Rank>"
+            "</Rank><PriceTag></PriceTag><Available></Available><QuantityToOrder>"
+            "</QuantityToOrder><CoreCost>0</CoreCost><CoreList>0</CoreList><Cost>0</Cost>"
+            "<List>0</List><Sell>0</Sell><Margin>0</Margin></Price>");
+  for (bool on : {false, true}) {
+    WriterSwitches::set(on);
+    auto copy = create<ICatPrice>();
+    copy->put_Rank(u"stale");
+    copy->put_XML(testing::filled_price()->get_XML());
+    EXPECT_EQ(u8(copy->get_XML()), kFilledPrice) << "switches " << on;
+    EXPECT_EQ(copy->get_Available(), Variant(u"5")) << "a number comes back as text";
+    copy->put_XML(create<ICatPrice>()->get_XML());
+    EXPECT_EQ(copy->get_Location(), u"");
+    EXPECT_EQ(copy->get_QuantityToOrder(), Variant(Text())) << "empty text, not the empty Variant";
+  }
+  p->put_SellerID(u"0");
+  p->put_QtyBuyingInc(u"0");
+  p->put_Available(Variant(int32_t{0}));
+  p->put_QuantityToOrder(Variant(u"0.0"));
+  p->put_Rank(u"00x");
+  // #0 does not read as a zero.
+  EXPECT_EQ(u8(p->get_XML()),
+            "<Price><SellerID>#0</SellerID><UrgentFlag>False</UrgentFlag><Rank>"
+            "00x</Rank></Price>");
+  p->put_XML(u"<Price><SellerID>77</SellerID></Price>");
+  EXPECT_EQ(p->get_SellerID(), u"77");
+  p = testing::filled_price();
+  p->Clear();
+  EXPECT_EQ(p->get_Available(), Variant(Text()));
+  EXPECT_TRUE(logs.error_lines().empty());
+}
+
+TEST(ICatPrice, ReaderTakesFlagWordAndLeadingNumbersAndStopsAtOverflow) {
+  LogFolder logs;
+  auto p = create<ICatPrice>();
+  const std::pair<const char16_t*, bool> flags[] = {
+      {u"true", true}, {u"TRUE", true}, {u"1", false}, {u"-1", false},
+      {u"yes", false}, {u"truee", false}};
+  for (const auto& [text, flag] : flags) {
+    load_one(*p, u"Price", u"UrgentFlag", text);
+    EXPECT_EQ(p->get_UrgentFlag(), flag) << u8(text);
+  }
+  const std::pair<const char16_t*, double> amounts[] = {
+      {u"12.34567", 12.3457}, {u"0.00025", 0.0002}, {u"0.00035", 0.0004}, {u"1,5", 1}, {u"abc", 0},
+      {u"- 2 .5x", -2.5}, {u"&H10", 16}};
+  for (const auto& [text, value] : amounts) {
+    load_one(*p, u"Price", u"List", text);
+    EXPECT_EQ(p->get_List(), Currency::from_double(value)) << u8(text);
+  }
+  EXPECT_EQ(
+      error_number_of([&] {
+        p->put_XML(u"<P><Location>X</Location><CoreCost>1E20</CoreCost><Margin>5</Margin></P>");
+      }),
+      6);
+  EXPECT_EQ(logs.error_messages(),
+            std::vector<std::string>{"ICatPrice | Let XML, Error # 6 at line: 8][Overflow"});
+  EXPECT_EQ(p->get_Location(), u"X") << "fields read before the failure stay";
+  EXPECT_EQ(p->get_Margin(), Currency()) << "fields after it stay cleared";
+}
+
+TEST(ICatItem, QuantitiesLeaveOutInvoiceAndLocalAndReadLeadingNumbers) {
+  auto item = create<ICatItem>();
+  EXPECT_EQ(item->get_QuantityToOrder(), Variant(int16_t{0})) << "Integer 0 when nothing counted";
+  item->put_QuantityToOrder(Text(), Variant(int32_t{2}));  // no location: JOBBER
+  item->put_QuantityToOrder(u"LOCAL", Variant(int32_t{5}));
+  item->put_QuantityOnTicket(Variant(int32_t{1}));  // INVOICE
+  item->put_QuantityToOrder(u"X", Variant(u"3"));
+  price(*item, u"cal")->put_QuantityToOrder(Variant(100.0));  // a fragment of INVOICE|LOCAL
+  auto unnamed = create<ICatPrice>();
+  unnamed->put_QuantityToOrder(Variant(int32_t{50}));
+  item->get_PriceCol()->Add(unnamed);  // empty location, no key
+  EXPECT_EQ(price(*item, u"jobber")->get_QuantityToOrder(), Variant(int32_t{2})) << "unchanged";
+  EXPECT_EQ(item->get_QuantityToOrder(), Variant(5.0));
+  // Full case mapping: a dotless i makes INVOICE too; long names are matched the same way.
+  price(*item, u"\u0131nvoice")->put_QuantityToOrder(Variant(7.0));
+  price(*item, u"warehouse north-east")->put_QuantityToOrder(Variant(10.0));
+  EXPECT_EQ(item->get_QuantityToOrder(), Variant(15.0));
+  EXPECT_EQ(item->get_QuantityToOrder(u"LOCAL"), Variant(5.0));
+  EXPECT_EQ(item->get_QuantityOnTicket(), Variant(1.0));
+  item->put_QuantityToOrder(u"X", Variant(u" 4 apples"));
+  item->put_QuantityToOrder(Text(), Variant(u"none"));
+  item->get_PriceCol()->Remove(Variant(u"warehouse north-east"));
+  EXPECT_EQ(item->get_QuantityToOrder(), Variant(4.0));
+
+  auto fresh = create<ICatItem>();
+  EXPECT_EQ(fresh->get_QuantityOnTicket(), Variant(0.0));
+  EXPECT_EQ(fresh->get_QuantityToOrder(), Variant(int16_t{0})) << "INVOICE is not counted";
+  EXPECT_EQ(fresh->get_QuantityToOrder(u"Y"), Variant(0.0));
+  EXPECT_EQ(fresh->get_QuantityToOrder(), Variant(0.0)) << "a counted record makes a double";
+  ASSERT_EQ(fresh->get_PriceCol()->get_Count(), 2) << "lookups create INVOICE and Y";
+  EXPECT_EQ(fresh->get_PriceCol()->get_Item(Variant(int32_t{1}))->get_Location(), u"INVOICE");
+
+  price(*fresh, u"JOBBER")->put_List(Currency::from_double(12.5));
+  EXPECT_EQ(fresh->JobberList(), Variant(12.5));
+  EXPECT_EQ(fresh->get_PriceCol()->get_Count(), 3) << "no MSRP record while the jobber has one";
+  price(*fresh, u"MSRP")->put_Cost(Currency::from_double(19.95));
+  price(*fresh, u"MSRP")->put_CoreList(Currency::from_double(-0.5));
+  EXPECT_EQ(fresh->JobberCost(), Variant(19.95)) << "MSRP only when the jobber's is zero";
+  EXPECT_EQ(fresh->JobberCoreList(), Variant(-0.5));
+  EXPECT_EQ(fresh->JobberCoreCost(), Variant(0.0)) << "no further fallback";
+}
+
+TEST(ICatItem, FlaggedToOrderAndKeys) {
+  auto item = create<ICatItem>();
+  EXPECT_FALSE(item->FlaggedToOrder()) << "empty status";
+  const std::pair<const char16_t*, bool> statuses[] = {
+      {u"order", true}, {u"Urgent", true}, {u"back order", true}, {u"BACK", true},
+      {u"HOLD", false}, {u"ORDERS", false}};
+  for (const auto& [status, flagged] : statuses) {
+    item->put_ItemStatus(Variant(status));
+    EXPECT_EQ(item->FlaggedToOrder(u"J1"), flagged) << u8(status);
+  }
+  item->put_ItemStatus(Variant(u"ORDER"));
+  item->put_ItemType(vexCatalogItemType::vcit_Labor);
+  EXPECT_FALSE(item->FlaggedToOrder()) << "labor is never flagged";
+  item->put_LineCode(u"ACD");
+  item->put_ItemNumber(u"012345");
+  item->put_Description(u" Brake job");
+  item->put_Comment(u"rear ");
+  EXPECT_EQ(item->UniqueKey(), u"Brake job  rear") << "ends trimmed, inner blanks kept";
+  item->put_LaborOperation(u"R&R");
+  EXPECT_EQ(item->UniqueKey(), u"Brake job R&R rear");
+  item->put_ItemType(static_cast<vexCatalogItemType>(7));
+  EXPECT_EQ(item->UniqueKey(), u"ACD012345") << "values outside the enumeration key as parts";
+  EXPECT_EQ(item->VendorNumber(), u"ACD012345");
+}
+
+TEST(ICatItem, ClearTracingAndASharedPriceCollection) {
+  LogFolder logs;
+  logs.create_trace_flag();
+  auto item = create<ICatItem>();
+  item->put_WorkGroup(3);
+  item->Clear(true);
+  EXPECT_FALSE(item->get_PriceCol());
+  EXPECT_EQ(item->get_WorkGroup(), 0);
+  EXPECT_EQ(error_number_of([&] { item->get_QuantityToOrder(); }), 91);  // starts tracing
+  EXPECT_EQ(error_number_of([&] { item->JobberCost(); }), 91);
+  auto shared = create<ICatPriceCol>();
+  item->putref_PriceCol(shared);
+  shared->get_Item(Variant(u"NORTH"))->put_QuantityToOrder(Variant(int32_t{6}));
+  EXPECT_EQ(item->get_QuantityToOrder(), Variant(6.0)) << "the caller's collection is shared";
+  item->put_QuantityToOrder(u"X", Variant(int32_t{1}));
+  item->Clear();
+  EXPECT_NE(item->get_PriceCol(), shared) << "Clear(false) builds a new collection";
+  item->put_XML(item->get_XML());
+  item->get_QuantityOnTicket();
+  const auto messages = logs.error_messages();
+  ASSERT_EQ(messages.size(), 2u);
+  EXPECT_TRUE(messages[0].starts_with("ICatItem | Get QuantityToOrder, Error # 91 at line: "));
+  EXPECT_EQ(logs.traced("ICatItem |"),
+            (std::vector<std::string>{"ICatItem | JobberCost", "ICatItem | Get QuantityToOrder",
+                                      "ICatItem | Let QuantityToOrder",
+                                      "ICatItem | Get QuantityOnTicket"}));
+}
+
+// Every element in writer order, the price collection's own form between the halves.
+const char* const kFilledHead =
+    "<Item><WorkGroup>-3</WorkGroup><GroupNumber>G7</GroupNumber><ItemType>2</ItemType>"
+    "<ItemSource>Cat</ItemSource><ItemStatus>12</ItemStatus><ItemGroup>32000</ItemGroup>"
+    "<ItemHeading>Front</ItemHeading><ItemLaborAvailable>Y</ItemLaborAvailable><Manufacturer>"
+    "P&amp;Co</Manufacturer><LineCode>ACD</LineCode><ItemNumber>012</ItemNumber><PartTypeCode>"
+    "PT</PartTypeCode><Description>Pad</Description><ImageFileName>p.png</ImageFileName>"
+    "<ImageCallOut>C4</ImageCallOut><ImageURLc2c>u1</ImageURLc2c><ImageURLalt>u2</ImageURLalt>"
+    "<MediaTagID>M9</MediaTagID><QuantityPerCar>2.5</QuantityPerCar>";
+const char* const kFilledTail =
+    "<LaborOperation>R&amp;R</LaborOperation><LaborSkill>B</LaborSkill><LaborRate>95.75"
+    "</LaborRate><LaborHRSnormal>1.2</LaborHRSnormal><LaborHRSwarranty>0.9</LaborHRSwarranty>"
+    "<LaborHRSsevere>-1.5</LaborHRSsevere><LaborType>LT</LaborType><YearRange>1999-2004"
+    "</YearRange><ComponentSide>L</ComponentSide><Comment>cm</Comment><ItemTag>T1</ItemTag>"
+    "<GenericDescription>GD</GenericDescription><GenericDescriptionID>GI</GenericDescriptionID>"
+    "<SupplierStockingFlag>SF</SupplierStockingFlag><SupplierMovementFlag>MF"
+    "</SupplierMovementFlag><SupplierMovementRank>MR</SupplierMovementRank><SupplierExtendedInfo>"
+    "EI</SupplierExtendedInfo><VendorNumberXRef>XR</VendorNumberXRef><MCLsequence>S1"
+    "</MCLsequence></Item>";
+
+TEST(ICatItemXml, WriterOrderRoundTripAndZeroTexts) {
+  LogFolder logs;
+  WriterSwitches switches(true);
+  EXPECT_EQ(u8(create<ICatItem>()->get_XML()), "<Item><Prices></Prices></Item>");
+  for (bool on : {false, true}) {
+    WriterSwitches::set(on);
+    auto source = testing::filled_item();
+    const Text xml = source->get_XML();
+    EXPECT_EQ(u8(xml), kFilledHead + u8(source->get_PriceCol()->get_XML()) + kFilledTail);
+    auto copy = create<ICatItem>();
+    copy->put_XML(xml);
+    EXPECT_EQ(copy->get_XML(), xml) << "switches " << on;
+    EXPECT_EQ(copy->get_ItemStatus(), Variant(u"12")) << "the status comes back as text";
+    EXPECT_EQ(copy->get_Heading() + copy->get_Tag(), u"FrontT1");
+    EXPECT_EQ(copy->get_LaborHRSsevere(), Currency::from_double(-1.5));
+    EXPECT_EQ(copy->get_QuantityToOrder(u"LOCAL"), Variant(5.0));
+  }
+  auto item = create<ICatItem>();
+  item->put_ItemNumber(u"000");
+  item->put_LineCode(u"0");
+  auto copy = create<ICatItem>();
+  WriterSwitches::set(true);
+  copy->put_XML(item->get_XML());
+  EXPECT_EQ(copy->VendorNumber(), u"") << "zero texts are left out";
+  WriterSwitches::set(false);
+  copy->put_XML(item->get_XML());
+  EXPECT_EQ(copy->VendorNumber(), u"0000");
+  // Only the item's own names are read: ItemHeading, ItemTag (trimmed), the price's tag.
+  copy->put_XML(
+      u"<X><Heading>H</Heading><Tag>T</Tag><Prices><Count>1</Count><Collection><Price>"
+      u"<Location>MAIN</Location><PriceTag>P</PriceTag></Price></Collection></Prices>"
+      u"<ItemTag> it </ItemTag></X>");
+  EXPECT_EQ(copy->get_Heading() + u"|" + copy->get_Tag(), u"|it");
+  EXPECT_EQ(price(*copy, u"main")->get_Tag(), u"P");
+  EXPECT_TRUE(logs.error_lines().empty());
+}
+
+TEST(ICatItemXml, ReaderRoundsNumbersReplacesPricesAndStopsAtOverflow) {
+  LogFolder logs;
+  auto item = testing::filled_item();
+  const std::pair<const char16_t*, int16_t> groups[] = {
+      {u"2.5", 2}, {u"3.5", 4}, {u"7 units", 7}, {u"abc", 0}, {u"-32768", -32768}};
+  for (const auto& [text, value] : groups) {
+    load_one(*item, u"Item", u"WorkGroup", text);
+    EXPECT_EQ(item->get_WorkGroup(), value) << u8(text);
+  }
+  EXPECT_EQ(item->get_PriceCol()->get_Count(), 0) << "a text without Prices drops the old ones";
+  load_one(*item, u"Item", u"ItemType", u"70000");
+  EXPECT_EQ(item->get_ItemType(), static_cast<vexCatalogItemType>(70000));
+  load_one(*item, u"Item", u"LaborRate", u"42.123456");
+  EXPECT_EQ(item->get_LaborRate(), Currency::from_raw(421235));
+  EXPECT_TRUE(logs.error_lines().empty());
+
+  EXPECT_EQ(error_number_of([&] { load_one(*item, u"Item", u"WorkGroup", u"40000"); }), 6);
+  EXPECT_EQ(error_number_of([&] {
+              item->put_XML(
+                  u"<I><GroupNumber>G</GroupNumber><ItemGroup>-40000</ItemGroup>"
+                  u"<Description>D</Description></I>");
+            }),
+            6);
+  // Fields read before the failure stay, later ones keep the cleared values.
+  EXPECT_EQ(item->get_GroupNumber() + u"|" + item->get_Description(), u"G|");
+  item->Clear(true);
+  item->put_XML(Text());
+  EXPECT_TRUE(item->get_PriceCol()) << "a load, even of nothing, brings its own price collection";
+  item->Clear(true);
+  EXPECT_EQ(error_number_of([&] { item->get_XML(); }), 91);
+  const auto messages = logs.error_messages();
+  ASSERT_EQ(messages.size(), 3u);
+  EXPECT_TRUE(messages[0].starts_with("ICatItem | Let XML, Error # 6 at line: "));
+  EXPECT_TRUE(messages[2].starts_with("ICatItem | Get XML, Error # 91 at line: "));
+}
+
+// Every load brings a new price collection. A host holding the old one keeps its prices;
+// one nobody holds may be renewed in place, which must look the same, also in the trace.
+TEST(ICatItemXml, EveryLoadBringsANewPriceCollection) {
+  const Text xml =
+      u"<Item><LineCode>L</LineCode><Prices><Count>1</Count><Collection><Price>"
+      u"<Location>JOBBER</Location><Cost>2</Cost></Price></Collection></Prices>"
+      u"</Item>";
+  auto item = create<ICatItem>();
+  item->put_XML(xml);
+  Ref<ICatPriceCol> held = item->get_PriceCol();
+  item->put_XML(u"<Item><LineCode>M</LineCode></Item>");
+  EXPECT_NE(item->get_PriceCol(), held);
+  EXPECT_EQ(held->get_Count(), 1) << "the host's collection keeps its prices";
+  EXPECT_EQ(item->get_PriceCol()->get_Count(), 0);
+  held.reset();
+  LogFolder logs;
+  logs.start_tracing();
+  item->put_XML(xml);  // the unshared collection, reloaded
+  item->put_XML(xml);
+  EXPECT_EQ(item->JobberCost(), Variant(2.0));
+  const std::vector<std::string> one_load{"ICatPriceCol | Class_Initialize", "ICatPriceCol | Clear",
+                                          "ICatPriceCol | Let XML", "ICatPriceCol | Add"};
+  std::vector<std::string> two_loads = one_load;
+  two_loads.insert(two_loads.begin(), "ICatPriceCol | Clear");  // the old collections, released
+  two_loads.push_back("ICatPriceCol | Clear");
+  two_loads.insert(two_loads.end(), one_load.begin(), one_load.end());
+  EXPECT_EQ(logs.traced("ICatPriceCol | "), two_loads);
+}
+
+// The item's reader searches the whole item text, prices included, for each of its names,
+// so no item element may share a name with the embedded price collection's form.
+TEST(ICatItemXml, NoItemElementNameIsAPriceElementName) {
+  std::vector<TextView> price_names{u"Prices", u"Count", u"Collection", u"Price"};
+  for (const Field<ICatPrice>& field : XmlForm<ICatPrice>::form().fields) {
+    price_names.push_back(field.name);
+    price_names.push_back(field.element_read());
+  }
+  for (const Field<ICatItem>& field : XmlForm<ICatItem>::form().fields) {
+    if (field.name == u"Prices") continue;
+    for (TextView item_name : {field.name, field.element_read()}) {
+      EXPECT_EQ(std::count(price_names.begin(), price_names.end(), item_name), 0)
+          << u8(Text(item_name));
+    }
+  }
+}
+
+}  // namespace
+}  // namespace vexqom
