@@ -1,18 +1,23 @@
-// The keyed collection: caseless unique keys, 1-based positions, the four error numbers, and
-// a key index that small and large collections, additions and removals must not tell apart.
+// The keyed collection (caseless unique keys, 1-based positions, the four error numbers,
+// a key index that small and large collections, additions and removals must not tell
+// apart) and the price collection over it: its XML form, the keys a rebuild gives,
+// get-or-create, and which failures are logged.
 #include "vexqom/Collection.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <random>
 
 #include "support/checks.h"
+#include "support/log_folder.h"
+#include "vexqom/ICatPriceCol.h"
 
 namespace vexqom {
 namespace {
 
-using testing::error_number_of;
+using namespace testing;
 
 std::vector<Variant> contents(const Collection& c) {
   std::vector<Variant> out;
@@ -74,50 +79,10 @@ TEST(Collection, RemovalClosesUpPositionsAndFreesKeys) {
   EXPECT_EQ(seen, (std::vector<Variant>{Variant(u"b"), Variant(u"d"), Variant(u"a2")}));
 }
 
-// Small collections scan their few keys and larger ones index them: lookups, refusals and
-// removals must not tell the two apart, across the change and after the slots are squeezed.
-TEST(Collection, KeysBehaveAlikeScannedAndIndexed) {
-  auto key = [](int i) {  // short keys live inside their entry, long ones outside
-    return (i % 2 ? u"k" : u"a rather long key number ") + integer_text(i);
-  };
-  auto c = create<Collection>();
-  for (int n = 0; n < 80; ++n) {
-    c->Add(Variant(n), Variant(key(n)));
-    ASSERT_EQ(error_number_of([&] { c->Add(Variant(-1), Variant(upper_case(key(n)))); }), 457);
-    ASSERT_EQ(error_number_of([&] { c->add(Variant(-1), key(n / 2)); }), 457) << n;
-    for (int i = 0; i <= n; ++i) ASSERT_EQ(c->Item(Variant(upper_case(key(i)))).long_value(), i);
-    ASSERT_EQ(c->find(Variant(key(n + 1))), nullptr);
-  }
-  // Every other member goes by key: more than half of the slots empty, so they are squeezed.
-  for (int n = 0; n < 80; n += 2) c->Remove(Variant(key(n)));
-  c->Remove(Variant(int32_t{1}));  // "k1", by position
-  EXPECT_EQ(c->Count(), 39);
-  for (int n = 3; n < 80; n += 2) EXPECT_EQ(c->Item(Variant(key(n))).long_value(), n);
-  EXPECT_EQ(error_number_of([&] { c->Item(Variant(key(1))); }), 5);
-  c->Add(Variant(1001), Variant(key(0)));  // freed keys are free again
-  EXPECT_EQ(c->Item(Variant(key(0))).long_value(), 1001);
-
-  auto few = create<Collection>();
-  for (int n = 0; n < 5; ++n) few->add(Variant(n), key(n));
-  few->Remove(Variant(key(2)));
-  few->Remove(Variant(int32_t{1}));
-  few->add(Variant(7), key(2));
-  EXPECT_EQ(error_number_of([&] { few->Item(Variant(key(0))); }), 5);
-  EXPECT_EQ(error_number_of([&] { few->add(Variant(8), key(3)); }), 457);
-  // Room taken ahead indexes the keys already there and every one after them.
-  few->reserve(100);
-  for (int n = 10; n < 40; ++n) few->add(Variant(n), key(n));
-  EXPECT_EQ(error_number_of([&] { few->add(Variant(8), upper_case(key(4))); }), 457);
-  EXPECT_EQ(error_number_of([&] { few->add(Variant(8), key(39)); }), 457);
-  EXPECT_EQ(few->Count(), 34);
-  EXPECT_EQ(few->Item(Variant(key(2))).long_value(), 7);
-  EXPECT_EQ(few->Item(Variant(int32_t{5})).long_value(), 10);
-  EXPECT_EQ(few->Item(Variant(key(39))).long_value(), 39);
-}
-
-// Removals leave holes that are counted past and later squeezed out, and the index closes
-// up behind them; a model list checks every position, key and enumeration after a long
-// random mix of adds, refused adds and removals.
+// Small collections scan their few keys and larger ones index them; removals leave holes
+// that are counted past and later squeezed out, and the index closes up behind them. A model
+// list checks positions, keys (short ones kept in their entry, long ones outside it) and the
+// enumeration through a long random mix of adds, refused adds and removals.
 TEST(Collection, PositionsAndKeysStayExactThroughManyRemovals) {
   std::mt19937 rng(7);
   auto c = create<Collection>();
@@ -125,7 +90,7 @@ TEST(Collection, PositionsAndKeysStayExactThroughManyRemovals) {
   for (int32_t next = 0, step = 0; step < 6000; ++step) {
     const unsigned op = rng() % 10;
     if (op < 5 || model.empty()) {
-      const Text key = u"k" + integer_text(static_cast<int32_t>(rng() % 3000));
+      const Text key = (rng() % 2 ? u"k" : u"a long key, number ") + integer_text(rng() % 3000);
       const bool taken =
           std::any_of(model.begin(), model.end(), [&](auto& m) { return m.second == key; });
       ASSERT_EQ(error_number_of([&] { c->Add(Variant(next), Variant(key)); }), taken ? 457 : 0);
@@ -142,6 +107,7 @@ TEST(Collection, PositionsAndKeysStayExactThroughManyRemovals) {
       c->Add(Variant(next));  // no key
       model.emplace_back(next++, Text());
     }
+    if (step == 3000) c->reserve(5000);  // room taken ahead indexes every key already there
     ASSERT_EQ(c->Count(), static_cast<int32_t>(model.size()));
     if (model.empty()) continue;
     const size_t probe = rng() % model.size();
@@ -150,7 +116,7 @@ TEST(Collection, PositionsAndKeysStayExactThroughManyRemovals) {
       ASSERT_EQ(c->Item(Variant(model[probe].second)).long_value(), model[probe].first);
     }
     for (int k = step % 97 == 0 ? 0 : 3000; k < 3000; k += 7) {  // absent keys too
-      const Text key = u"k" + integer_text(k);
+      const Text key = (k % 2 ? u"k" : u"a long key, number ") + integer_text(k);
       const auto it =
           std::find_if(model.begin(), model.end(), [&](auto& m) { return m.second == key; });
       const Variant* member = c->find(Variant(key));
@@ -160,6 +126,82 @@ TEST(Collection, PositionsAndKeysStayExactThroughManyRemovals) {
   std::vector<Variant> expected;
   for (const auto& m : model) expected.emplace_back(m.first);
   EXPECT_EQ(contents(*c), expected);
+}
+
+Text prices(const char16_t* count, std::initializer_list<std::array<const char16_t*, 3>> list) {
+  Text out = Text(u"<Prices><Count>") + count + u"</Count><Collection>";
+  for (const auto& [location, seller, rank] : list) {
+    out += Text(u"<Price><Location>") + location + u"</Location><SellerID>" + seller +
+           u"</SellerID><Rank>" + rank + u"</Rank></Price>";
+  }
+  return out + u"</Collection></Prices>";
+}
+
+TEST(ICatPriceCol, XmlFormAndTheKeysARebuildGives) {
+  testing::LogFolder logs;  // fresh thread state: both switches off
+  auto col = create<ICatPriceCol>();
+  EXPECT_EQ(u8(col->get_XML()), "<Prices><Count>0</Count><Collection></Collection></Prices>");
+  testing::WriterSwitches::set(true);
+  EXPECT_EQ(u8(col->get_XML()), "<Prices></Prices>");
+  col->Add(create<ICatPrice>(), u"MAIN");
+  col->Add(create<ICatPrice>());
+  EXPECT_EQ(u8(col->get_XML()),
+            "<Prices><Count>2</Count><Collection><Price><UrgentFlag>False</UrgentFlag></Price>"
+            "<Price><UrgentFlag>False</UrgentFlag></Price></Collection></Prices>");
+
+  // The first of each key stays, a seller's price is JOBBER, and each drop is logged.
+  col->put_XML(prices(u"7", {{u"EAST", u"#1", u"a"},
+                             {u"MAIN", u"", u"b"}, {u"WEST", u"2", u"c"}, {u"main", u"", u"d"},
+                             {u"jobber", u"", u"e"}, {u"", u"", u"f"},
+                             {u"", u"", u"g"}}));
+  ASSERT_EQ(col->get_Count(), 4);
+  EXPECT_EQ(col->get_Item(Variant(u"JOBBER"))->get_Rank() +
+                col->get_Item(Variant(u"MAIN"))->get_Rank() +
+                col->get_Item(Variant(int32_t{4}))->get_Rank(),
+            u"abg");
+  const std::string dropped =
+      "ICatPriceCol | Add, Error # 457 at line: 1][This key is already associated with an "
+      "element of this collection";
+  EXPECT_EQ(logs.error_messages(), std::vector<std::string>(3, dropped));
+
+  // "Count" is trusted and rounded halves to even; absent elements give empty prices.
+  const std::initializer_list<std::array<const char16_t*, 3>> three = {
+      {u"A", u"", u"1"}, {u"B", u"", u"2"}, {u"C", u"", u"3"}};
+  col->put_XML(prices(u"2.5", three));
+  EXPECT_EQ(col->get_Count(), 2);
+  col->put_XML(prices(u"3.5", three));
+  EXPECT_EQ(col->get_Item(Variant(int32_t{4}))->get_Location(), u"");
+  EXPECT_EQ(error_number_of([&] { col->put_XML(prices(u"40000", three)); }), 6);
+  EXPECT_EQ(logs.error_messages().back(), "ICatPriceCol | Let XML, Error # 6 at line: 4][Overflow");
+  col->put_XML(Text());
+  EXPECT_EQ(col->get_Count(), 0);
+}
+
+TEST(ICatPriceCol, LookupsCreateOrFailUnloggedWhileAddLogs) {
+  testing::LogFolder logs;
+  logs.create_trace_flag();
+  auto col = create<ICatPriceCol>();
+  col->Add(create<ICatPrice>(), u"MAIN");
+  col->Add(Ref<ICatPrice>());  // an empty reference is a member too
+  auto north = col->get_Item(Variant(u"NORTH"));
+  EXPECT_EQ(north->get_Location(), u"NORTH");
+  EXPECT_EQ(col->get_Item(Variant(u"north")), north);  // created once, found after
+  EXPECT_EQ(col->get_Count(), 3);
+  EXPECT_EQ(error_number_of([&] { col->get_Item(Variant(int32_t{5})); }), 13);
+  EXPECT_EQ(error_number_of([&] { col->Remove(Variant(u"SOUTH")); }), 5);
+  EXPECT_TRUE(logs.error_lines().empty());
+  EXPECT_EQ(error_number_of([&] { col->Add(create<ICatPrice>(), u"Main"); }), 457);  // traced on
+  EXPECT_EQ(error_number_of([&] { col->get_XML(); }), 91);  // the empty member has no XML
+  col->Clear(true);
+  // Neither of these has a handler.
+  EXPECT_EQ(error_number_of([&] { col->get_Count(); }), 91);
+  EXPECT_EQ(error_number_of([&] { col->get_Item(Variant(u"A")); }), 91);
+  EXPECT_EQ(logs.error_lines().size(), 2u);
+  col->put_XML(prices(u"1", {{u"Z", u"", u""}}));
+  EXPECT_EQ(col->get_Count(), 1);
+  EXPECT_EQ(logs.traced("ICatPriceCol |"),
+            (std::vector<std::string>{"ICatPriceCol | Get XML", "ICatPriceCol | Clear",
+                                      "ICatPriceCol | Let XML", "ICatPriceCol | Add"}));
 }
 
 }  // namespace

@@ -12,9 +12,7 @@
 namespace vexqom {
 namespace {
 
-using testing::failure_of;
-using testing::part;
-using testing::u8;
+using namespace testing;
 
 class ItemColDocument : public ::testing::Test {
  protected:

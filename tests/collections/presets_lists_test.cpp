@@ -13,11 +13,7 @@
 namespace vexqom {
 namespace {
 
-using testing::error_number_of;
-using testing::failure_of;
-using testing::LogFolder;
-using testing::u8;
-using testing::WriterSwitches;
+using namespace testing;
 
 const std::string kDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>";
 

@@ -13,7 +13,7 @@
 namespace vexqom {
 namespace {
 
-using testing::failure_of;
+using namespace testing;
 
 Ref<CString> make(TextView value) {
   Ref<CString> s = create<CString>();

@@ -12,7 +12,7 @@
 namespace vexqom {
 namespace {
 
-using testing::error_number_of;
+using namespace testing;
 
 class Recorder : public Object {
  public:

@@ -20,8 +20,7 @@
 namespace vexqom {
 namespace {
 
-using testing::error_number_of;
-using testing::u8;
+using namespace testing;
 
 class Plain : public Object {
  public:

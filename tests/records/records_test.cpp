@@ -15,11 +15,7 @@
 namespace vexqom {
 namespace {
 
-using testing::error_number_of;
-using testing::failure_of;
-using testing::LogFolder;
-using testing::u8;
-using testing::WriterSwitches;
+using namespace testing;
 
 Ref<ICatPrice> price(ICatItem& item, const char16_t* location) {
   return item.get_PriceCol()->get_Item(Variant(location));

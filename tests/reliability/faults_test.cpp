@@ -30,8 +30,7 @@ namespace vexqom {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::failure_of;
-using testing::LogFolder;
+using namespace testing;
 
 // A scratch folder; the library's file is placed wherever a test says.
 class Scratch {

@@ -17,8 +17,7 @@
 namespace vexqom {
 namespace {
 
-using testing::LogFolder;
-using testing::schema_problems;
+using namespace testing;
 
 // `text` with the first `from` replaced by `to`; the test fails when `from` is missing.
 std::string replaced(std::string text, const std::string& from, const std::string& to) {

@@ -13,9 +13,7 @@
 namespace vexqom {
 namespace {
 
-using testing::failure_of;
-using testing::LogFolder;
-using testing::u8;
+using namespace testing;
 
 class XmlFileTest : public ::testing::Test {
  protected:

@@ -1,4 +1,5 @@
-// The XML text engine: building, declaration, escaping, numbered reads, lifecycle.
+// The XML text engine: building, declaration, escaping, numbered reads, lifecycle, the
+// attribute members and in-place editors, and Prettify's and XMLcompress's reshaping.
 #include "xml/clsXML.h"
 
 #include <gtest/gtest.h>
@@ -16,8 +17,7 @@
 namespace vexqom {
 namespace {
 
-using testing::failure_of;
-using testing::u8;
+using namespace testing;
 
 Ref<clsXML> snippet(bool formatted = false) {
   Ref<clsXML> x = create<clsXML>();
@@ -43,8 +43,8 @@ void expect_reads(clsXML& x, const char16_t* tag,
 
 const std::string kDecl = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>";
 
-TEST(XmlEngine, CompressZeroSuppressAndGroups) {
-  testing::LogFolder logs;
+TEST(XmlEngine, CompressZeroSuppressGroupsAndEscaping) {
+  LogFolder logs;
   Ref<clsXML> x = snippet();
   x->put_ZeroSuppress(true);
   x->put_ZeroSuppress(false);  // Compress stays on
@@ -52,50 +52,34 @@ TEST(XmlEngine, CompressZeroSuppressAndGroups) {
   for (const char16_t* v : {u"0", u"00", u"0.00", u"-0", u" 0 ", u""}) x->Add(u"N", v);
   x->put_ZeroSuppress(true);
   for (const char16_t* v : {u"0", u"00", u"0.00", u"-0", u" 0 ", u""}) x->Add(u"Z", v);
-  x->Add(u"Year", u"2001");
   x->Add(u"Keep", u"0A");
   x->Add(u"Grp", u"", true);        // openers are written even when empty
   x->Add(u"Z", u"0", false, true);  // left out, so the group stays open
   x->AddXML(u"<C>1</C>");
-  EXPECT_EQ(u8(x->get_XML()),
-            "<Vehicle><N>0</N><N>00</N><N>0.00</N><N>-0</N><N> 0 </N>"
-            "<Year>2001</Year><Keep>0A</Keep><Grp><C>1</C></Grp></Vehicle>");
+  x->Add(u"V", u"a<b & 'c' \"hi\" >");
+  x->Add(u"X", u"<Inner>1 & 2</Inner>");  // already XML: written as it is
+  x->Add(u"T", u" caf\u00e9 \u4e2d ");    // outside the code page: '?'
+  EXPECT_EQ(
+      u8(x->get_XML()),
+      "<Vehicle><N>0</N><N>00</N><N>0.00</N><N>-0</N><N> 0 </N><Keep>0A</Keep><Grp><C>1</C>"
+      "<V>a&lt;b &amp; &apos;c&apos; &quot;hi&quot; &gt;</V><X><Inner>1 & 2</Inner></X><T> caf"
+      "\u00e9 ? </T></Grp></Vehicle>");
   // The read closed the groups in the buffer: later text follows them.
   x->Add(u"", u"x");
   x->EndGroup();
   x->Add(u"G", u"v", true, true);
   EXPECT_TRUE(u8(x->get_XML()).ends_with("</Vehicle><G>v</G>"));
-  Ref<clsXML> plain = snippet();
-  plain->Add(u"E", u"");
-  EXPECT_EQ(u8(plain->get_XML()), "<E></E>");
-  EXPECT_TRUE(logs.error_lines().empty());
-}
-
-TEST(XmlEngine, EscapingRoundTrips) {
-  Ref<clsXML> x = snippet();
-  x->Add(u"V", u"a<b & 'c'");
-  x->Add(u"Q", u"say \"hi\" > 1");
-  x->Add(u"X", u"<Inner>1 & 2</Inner>");  // already XML: written as it is
-  x->Add(u"B", u"  padded  ");
-  x->Add(u"T", u"caf\u00e9 \u4e2d");  // outside the code page: '?'
-  const Text xml = x->get_XML();
-  EXPECT_EQ(u8(xml),
-            "<V>a&lt;b &amp; &apos;c&apos;</V><Q>say &quot;hi&quot; &gt; 1</Q>"
-            "<X><Inner>1 & 2</Inner></X><B>  padded  </B><T>caf\u00e9 ?</T>");
-  Ref<clsXML> r = loaded(xml);
-  const std::pair<const char16_t*, const char*> back[] = {
-      {u"V", "a<b & 'c'"}, {u"Q", "say \"hi\" > 1"}, {u"X", "<Inner>1 & 2</Inner>"},
-      {u"B", "padded"}};
-  for (auto [tag, text] : back) EXPECT_EQ(value(*r, tag), text);
+  Ref<clsXML> r = loaded(x->get_XML());
+  EXPECT_EQ(value(*r, u"G") + "|" + value(*r, u"V") + "|" + value(*r, u"X") + "|" + value(*r, u"T"),
+            "v|a<b & 'c' \"hi\" >|<Inner>1 & 2</Inner>|caf\u00e9 ?");  // trimmed
   EXPECT_EQ(value(*loaded(u"<V>\r\n<a>&amp;</a></V>"), u"V"), "\r\n<a>&</a>");
-
-  Ref<clsXML> raw = snippet();
-  raw->put_validate(false);
-  raw->Add(u"V", u"a&b");
-  EXPECT_EQ(u8(raw->get_XML()), "<V>a&b</V>");
   EXPECT_EQ(u8(clsXML::GetFieldValue(u"&amp;lt; &lt;&gt;&apos;&quot;")), "&lt; <>'\"");
-  EXPECT_EQ(u8(clsXML::GetFieldValue(u"<a>&amp;</a>")), "<a>&</a>");
   EXPECT_EQ(u8(clsXML::UnescapeText(u"<a>&amp;</a>")), "<a>&amp;</a>");
+  Ref<clsXML> plain = snippet();  // a new engine neither compresses nor suppresses zeros
+  plain->Add(u"E", u"");
+  plain->Add(u"N", u"0");
+  EXPECT_EQ(u8(plain->get_XML()), "<E></E><N>0</N>");
+  EXPECT_TRUE(logs.error_lines().empty());
 }
 
 // Add writes each element straight into the buffer; it must equal the element composed
@@ -149,12 +133,6 @@ TEST(XmlEngine, FieldValuesUnescapeAsTheReferencesReplacedInTurn) {
 
 TEST(XmlEngine, DeclarationSurroundingLinesAndLongTagNames) {
   EXPECT_EQ(u8(create<clsXML>()->get_XML()), kDecl);
-  Ref<clsXML> s = create<clsXML>();
-  s->put_Stylesheet(u"S");
-  s->put_DOCTYPE(u"D");
-  s->Add(u"A", u"1");
-  EXPECT_EQ(u8(s->get_XML()), kDecl + "S\r\nD\r\n<A>1</A>");
-
   Ref<clsXML> x = create<clsXML>();
   x->put_Version(u"'2.0'");
   x->put_Stylesheet(u"<?ss href='a'?>");
@@ -257,7 +235,7 @@ TEST(XmlEngine, OverflowAndDestroyedStateErrors) {
 // the text (an edit of the same length, a new load, a builder call) must be seen.
 TEST(XmlEngine, NumberedReadsFollowTheTextAfterEveryChange) {
   Ref<clsXML> x = loaded(u"<P>a</P><P>b</P><P>c</P>");
-  expect_reads(*x, u"P", {{3, "c"}});
+  expect_reads(*x, u"P", {{1, "a"}, {3, "c"}});  // only the next element continues
   expect_reads(*x, u"P", {{2, "<P>b</P>"}}, true);
   x->put_Value(u"P", 1, u"z");  // same length: only the bytes differ
   expect_reads(*x, u"P", {{1, "z"}});
@@ -333,6 +311,232 @@ TEST(XmlEngine, ByteHandOffsAgreeWithTheTextForms) {
   for (int16_t n : {1, 2, 3, 4})
     EXPECT_EQ(by_bytes->get_Block(u"Row", n), by_text->get_Block(u"Row", n)) << n;
   EXPECT_EQ(u8(by_text->get_Block(u"Row", 1)), "<Row>\u20ac \u00fc ?</Row>");
+}
+
+TEST(XmlEdit, AddAttrValAlwaysEscapes) {
+  Ref<clsXML> x = create<clsXML>();
+  x->put_Snippet(true);
+  x->put_validate(false);
+  x->put_ZeroSuppress(true);
+  x->AddAttrVal(u"Price", u"loc", u"A&B");
+  x->AddAttrVal(u"E", u"v", u"");  // Compress does not apply
+  x->AddAttrVal(u"Q", u"v", u"it's \"q\"");
+  x->AddAttrVal(u"X", u"v", u"<b a='1'>");  // XML: not escaped, quoted as it can be
+  x->AddAttrVal(u"", u"n", u"1");
+  x->AddAttrVal(u"Grp", u"id", u"7", true);
+  x->Add(u"In", u"1");
+  EXPECT_EQ(u8(x->get_XML()),
+            "<Price loc=\"A&amp;B\"/><E v=\"\"/><Q v=\"it&apos;s &quot;q&quot;\"/>"
+            "<X v=\"<b a='1'>\"/>< n=\"1\"/><Grp id=\"7\"><In>1</In></Grp>");
+}
+
+TEST(XmlEdit, AttribGetAndLet) {
+  const std::tuple<const char16_t*, const char16_t*, const char*> reads[] = {
+      {u"<Item a='1' b='2'/>", u"b", "2"}, {u"<Item a='1' b='2'/>", u"a", "1"},
+      {u"<Item a='1' b='2'/>", u"c", ""}, {u"<Item a=1>", u"a", ""},
+      {u"<ItemNumber n='5'/><Item n='6'/>", u"n", "5"},
+      {u"<Item a='1'/><Sub b='2'/>", u"b", ""},       // beyond the tag
+      {u"<Item a='1/><x y='2'/>", u"a", ""},          // quote beyond it
+      {u"<Item a=\" &lt; \">t</Item>", u"a", " < "},  // not trimmed
+      {u"<Item>t</Item><Sub b='2'/>", u"b", "2"},     // the first "/>" ends it
+      {u"<Item xa='9' a='1'/>", u"a", "9"}};          // a plain-text match
+  for (const auto& [text, attr, out] : reads)
+    EXPECT_EQ(u8(loaded(text)->get_Attrib(u"Item", attr)), out) << u8(text);
+
+  const std::tuple<const char16_t*, const char16_t*, const char16_t*, const char16_t*> lets[] = {
+      {u"<Item a='1'/>", u"a", u"x", u"<Item a='x'/>"},
+      {u"<Item a='1'/>", u"c", u"y", u"<Item a='1' c=\"y\"/>"},
+      {u"<Item>t</Item>", u"id", u"it's", u"<Item id=\"it&apos;s\">t</Item>"},
+      {u"<Item a=1>", u"a", u"z", u"<Item a=1>"},
+      {u"<Item/><Sub a='1'/>", u"a", u"z", u"<Item/><Sub a='1'/>"},
+      {u"<Other a='1'/>", u"a", u"z", u"<Other a='1'/>"},
+      {u"<Item a='1>", u"a", u"z", u"<Item a='1>"}};
+  for (const auto& [text, attr, value, out] : lets) {
+    Ref<clsXML> x = loaded(text);
+    x->put_Attrib(u"Item", attr, value);
+    EXPECT_EQ(x->get_XML(), out) << u8(text);
+  }
+  Ref<clsXML> x = loaded(u"<Item a='1'/>");
+  x->put_validate(false);
+  x->put_Attrib(u"Item", u"a", u"<1");
+  EXPECT_EQ(u8(x->get_XML()), "<Item a='&lt;1'/>");
+  EXPECT_EQ(u8(x->get_Attrib(u"Item", u"a")), "<1");
+}
+
+TEST(XmlEdit, ValueAndBlockLet) {
+  Ref<clsXML> x = loaded(u"<L><Price>1</Price><Price>2</Price><Price>3</Price></L>");
+  x->put_validate(false);
+  x->put_Value(u"Price", 2, u"a<b");
+  EXPECT_EQ(u8(x->get_XML()), "<L><Price>1</Price><Price>a&lt;b</Price><Price>3</Price></L>");
+  EXPECT_EQ(u8(x->get_Value(u"Price", 2)), "a<b");
+  x->put_Value(u"Price", 9, u"<x/>");  // too few: from the top; an element goes in as it is
+  x->put_Block(u"Price", 2, u"<Cost>5</Cost>");
+  x->put_Block(u"Missing", 1, u"<z/>");
+  x->put_Value(u"", 1, u"z");
+  EXPECT_EQ(u8(x->get_XML()), "<L><Price><x/></Price><Cost>5</Cost><Price>3</Price></L>");
+
+  Ref<clsXML> a = loaded(u"<Item id='1'>x</Item><Item/>");  // no fallback forms
+  a->put_Value(u"Item", 1, u"y");
+  a->put_Block(u"Item", 1, u"<z/>");
+  EXPECT_EQ(u8(a->get_XML()), "<Item id='1'>x</Item><Item/>");
+
+  Ref<clsXML> c = create<clsXML>();  // a composing engine stays composing
+  c->put_Snippet(true);
+  c->Add(u"R", u"", true);
+  c->Add(u"V", u"1");
+  c->put_Value(u"V", 1, u"2");
+  EXPECT_EQ(u8(c->get_XML()), "<R><V>2</V></R>");
+}
+
+// An editor that changes the text forgets where the last read ended; one that changes
+// nothing keeps it (read fresh, element 2 of the last case would be "1").
+TEST(XmlEdit, EditorsForgetTheSearchMemory) {
+  struct Case {
+    const char16_t* text;
+    std::function<void(clsXML&)> read, edit;
+    const char* second;
+  };
+  const Case cases[] = {
+      {u"<P>aaaaaaaaaa</P><P>b</P><P>c</P>", [](clsXML& x) { x.get_Value(u"P", 1); },
+       [](clsXML& x) { x.put_Value(u"P", 1, u""); }, "b"},
+      {u"<P>aaaaaaaaaa</P><P>b</P><P>c</P>", [](clsXML& x) { x.get_Block(u"P", 1); },
+       [](clsXML& x) { x.put_Block(u"P", 1, u"<P/>"); }, "c"},
+      {u"<P k='aaaaaaaaaaaa'>1</P><P>b</P><P>c</P>", [](clsXML& x) { x.get_Value(u"P", 1); },
+       [](clsXML& x) { x.put_Attrib(u"P", u"k", u""); }, "b"},
+      {u"</P><P>1</P><P>2</P>", [](clsXML& x) { x.get_Value(u"P", 1); },
+       [](clsXML& x) { x.put_Value(u"Q", 1, u"x"); }, "2"}};
+  for (const Case& c : cases) {
+    Ref<clsXML> x = loaded(c.text);
+    c.read(*x);
+    c.edit(*x);
+    EXPECT_EQ(u8(x->get_Value(u"P", 2)), c.second) << u8(c.text);
+  }
+}
+
+TEST(XmlEdit, FailuresAreLoggedUnderTheirLabels) {
+  testing::LogFolder logs;
+  Ref<clsXML> x = create<clsXML>();
+  x->Clear(true);
+  const std::string tail = "\r\nObject variable or With block variable not set";
+  const std::pair<std::function<void()>, std::string> calls[] = {
+      {[&] { x->get_Attrib(u"A", u"b"); }, "Get Attrib, Error # 91 at line: 1"},
+      {[&] { x->put_Attrib(u"A", u"b", u"c"); }, "Let Attrib, Error # 91 at line: 1"},
+      {[&] { x->put_Block(u"A", 1, u"c"); }, "Let Block, Error # 91 at line: 1"},
+      {[&] { x->put_Value(u"A", 1, u"c"); }, "Let Value, Error # 91 at line: 1"},
+      {[&] { x->AddAttrVal(u"A", u"b", u"c", true); }, "AddAttrVal, Error # 91 at line: 2"}};
+  for (const auto& [call, label] : calls)
+    EXPECT_EQ(failure_of(call), "91 clsXML | " + label + tail);
+
+  Ref<clsXML> deep = create<clsXML>();
+  deep->put_Snippet(true);
+  deep->put_indent(u"10");
+  deep->put_Level(4000);
+  EXPECT_EQ(failure_of([&] { deep->AddAttrVal(u"A", u"b", u"c"); }),
+            "6 clsXML | AddAttrVal, Error # 6 at line: 3\r\nOverflow");
+  EXPECT_EQ(u8(deep->get_XML()), "");
+  const auto messages = logs.error_messages();
+  ASSERT_EQ(messages.size(), 6u);
+  EXPECT_EQ(messages[5], "clsXML | AddAttrVal, Error # 6 at line: 3][Overflow");
+}
+
+TEST(Prettify, OneElementPerLineResolvedAndDeclared) {
+  testing::LogFolder logs;
+  Ref<clsXML> x = create<clsXML>();
+  const std::pair<const char*, const char*> cases[] = {
+      {"<a><b>x</b><c/></a>", "\r\n<a>\r\n  <b>x</b>\r\n  <c/>\r\n</a>"},
+      {"<a>\r\n    <b>\r\n<c>1</c></b>\r\n</a>",
+       "\r\n<a>\r\n  <b>\r\n    <c>1</c>\r\n  </b>\r\n</a>"},
+      // Text only: one line; empty or blank: the empty-element tag.
+      {"<a>text</a>", "\r\n<a>text</a>"}, {"<a></a>", "\r\n<a/>"}, {"<a>  \r\n </a>", "\r\n<a/>"},
+      {"<p>one <b>two</b> three</p>",
+       "\r\n<p>one \r\n  <b>two</b> three\r\n</p>"},  // mixed text stays
+      // Comments, CDATA and processing instructions are left out, but count as children.
+      {"<a><!--c--><?pi x?><![CDATA[d]]></a>", "\r\n<a></a>"},
+      {"<a>1<!--c-->2</a>", "\r\n<a>12</a>"}, {"<a t='x &amp; y'/>", "\r\n<a t='x & y'/>"},
+      {"<a b=\"1\" c='&lt;&#65;'><d e='2'>1 &lt; 2 &amp;&gt; 3</d></a>",
+       "\r\n<a b='1' c='<A'>\r\n  <d e='2'>1 < 2 &> 3</d>\r\n</a>"},
+      {"<r xmlns='urn:d' xmlns:p='urn:p'><p:i p:k='v'/></r>",
+       "\r\n<r xmlns='urn:d' xmlns:p='urn:p'>\r\n  <p:i p:k='v'/>\r\n</r>"},
+      {"<a>caf\u00E9 \u20AC</a>", "\r\n<a>caf\u00E9 \u20AC</a>"},
+      {"<a>fish & chips</a>", "\r\n<a>fish & chips</a>"},  // repaired before parsing
+      {"<?xml version=\"1.0\" encoding=\"UTF-8\" ?><a><b>1</b></a>",
+       "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\r\n<a>\r\n  <b>1</b>\r\n</a>"},
+      {"<?xml version='1.0' encoding='windows-1252'?>\r\n<a>\u00E9</a>",
+       "<?xml version='1.0' encoding='windows-1252'?>\r\n<a>\u00E9</a>"},
+      {"<?pi?><a/>", "\r\n<a/>"},  // only a declaration with a version counts
+      // With a document type the fixed declaration replaces the source's own.
+      {"<!DOCTYPE a SYSTEM 'a.dtd'><a><b/></a>",
+       "<?xml version='1.0'?>\r\n<!DOCTYPE a SYSTEM \"a.dtd\">\r\n<a>\r\n  <b/>\r\n</a>"},
+      {"<?xml version=\"1.0\" standalone=\"yes\"?><!DOCTYPE a><a/>",
+       "<?xml version='1.0'?>\r\n<!DOCTYPE a>\r\n<a/>"}};
+  for (const auto& [in, out] : cases) EXPECT_EQ(u8(x->Prettify(from_utf8(in))), out) << in;
+
+  x->put_XML(u"<a><b>1</b></a>");  // without an argument: the buffer, and returns nothing
+  EXPECT_EQ(x->Prettify(), u"");
+  EXPECT_EQ(u8(x->get_XML()), "\r\n<a>\r\n  <b>1</b>\r\n</a>");
+  EXPECT_TRUE(logs.error_lines().empty());
+
+  EXPECT_EQ(
+      failure_of([&] { x->Prettify(u"<a><b></a>"); }),
+      "-2147221504 clsXML | Prettify, Error # -2147221504 at line: 2\r\n"
+      "clsXML | DocumentCreate, Error # -2147221504 at line: 3\r\n"
+      "CreateDocument Error: 76\r\nReason: Opening and ending tag mismatch: b line 1 and a\r\n"
+      "Location: line 1, col 11");
+  const auto messages = logs.error_messages();
+  ASSERT_EQ(messages.size(), 2u);
+  EXPECT_TRUE(messages[0].starts_with("clsXML | DocumentCreate, Error #"));
+  EXPECT_TRUE(messages[1].starts_with(
+      "clsXML | Prettify, Error # -2147221504 at line: 2][clsXML | DocumentCreate"));
+  EXPECT_EQ(x->last_error().LastErrorNumber, errc::kDocumentError);
+  x->Clear(true);
+  EXPECT_EQ(testing::error_number_of([&] { x->Prettify(); }), 91);
+}
+
+TEST(Compress, EmptyElementsGoEnclosingOnesInTurnWithTheirBlanks) {
+  Ref<clsXML> x = create<clsXML>();
+  auto squeeze = [&](const std::string& xml, bool formatted) {
+    x->put_Formatted(formatted);
+    return u8(x->XMLcompress(from_utf8(xml)));
+  };
+  const std::pair<const char*, const char*> both[] = {
+      {"<r><a></a><b>1</b></r>", "<r><b>1</b></r>"}, {"<r><a></a></r>", ""},
+      {"<r><a><b></b></a><c>1</c></r>", "<r><c>1</c></r>"},
+      // Attributes in the start tag, or names that differ (in letter case too), keep it.
+      {"<a x='1'></a>", "<a x='1'></a>"}, {"<a></b>", "<a></b>"}, {"<a></A>", "<a></A>"},
+      {"<a x='1'></a><b></b><c/>", "<a x='1'></a><c/>"},
+      // "></" with no start before it or no end after it is passed over.
+      {"></a>", "></a>"}, {"<a></", "<a></"}, {"x></a><b></b>", "x></a>"}};
+  for (const auto& [in, out] : both) {
+    EXPECT_EQ(squeeze(in, false), out) << in;
+    EXPECT_EQ(squeeze(in, true), out) << in;
+  }
+  const std::tuple<const char*, bool, const char*> cases[] = {
+      {"<r> <a></a> <b>1</b> </r>", false, "<r><b>1</b> </r>"},  // blanks on both sides go
+      {"  <x>1</x>  ", false, "<x>1</x>"}, {"<a>\r\n  <b>1</b>\r\n</a>", true, "<a><b>1</b></a>"},
+      {"  <a>\r\n  <b>1</b>\r\n</a>  ", false, "<a>\r\n  <b>1</b>\r\n</a>"},
+      {"<a>\t<b>1</b>\n</a>", true, "<a><b>1</b></a>"}, {"<a>  </a>", true, ""},
+      {"<a>  </a>", false, "<a>  </a>"},  // only a gap all blanks goes
+      {"<a> x </a>", true, "<a> x </a>"},
+      {"<r>  <a>1</a>   <b>x y</b> </r>", true, "<r><a>1</a><b>x y</b></r>"},
+      {"\r\n  <x>1</x><a></a>", true, "<x>1</x>"}};  // blanks left at the start go too
+  for (const auto& [in, formatted, out] : cases) EXPECT_EQ(squeeze(in, formatted), out) << in;
+
+  x->put_XML(u"<r>\r\n  <a></a>\r\n  <b>2</b>\r\n</r>\r\n");  // without an argument: the buffer
+  x->put_Formatted(true);
+  EXPECT_EQ(u8(x->XMLcompress()), "<r><b>2</b></r>");
+  EXPECT_EQ(u8(x->XMLcompress(u"<c></c>")), "");
+  EXPECT_EQ(u8(x->get_XML()), "<r><b>2</b></r>") << "a given text leaves the buffer alone";
+
+  // Many removals in one large text: each one is found and none is left behind.
+  std::string kept = "<r>", emptied = "<r>";
+  for (int i = 0; i < 100000; ++i) {
+    kept += "<v a='1'></v><w>" + std::to_string(i) + "</w>\r\n  ";
+    emptied += "<e></e> <f><g></g></f><w>1</w>";
+  }
+  EXPECT_EQ(squeeze(kept + "</r>", true).size(), kept.size() + 4 - 100000 * 4);
+  const std::string out = squeeze(emptied + "</r>", false);
+  EXPECT_EQ(out.size(), 3 + 100000 * 8 + 4);
+  EXPECT_TRUE(out.starts_with("<r><w>1</w><w>1</w>"));
 }
 
 }  // namespace

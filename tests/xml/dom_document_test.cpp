@@ -24,8 +24,7 @@
 namespace vexqom {
 namespace {
 
-using testing::failure_of;
-using testing::LogFolder;
+using namespace testing;
 
 Ref<DomDocument> parse(const std::string& text, bool validate = false) {
   DomParseError error;
