@@ -28,6 +28,10 @@ Text ICatItemCol::get_XML() {
   return xml;
 }
 
-void ICatItemCol::put_XML(const Text& xsXML) { XmlForm<ICatItemCol>::read(*this, xsXML); }
+void ICatItemCol::put_XML(const Text& xsXML) {
+  // A CountChanged sink may let the host's last reference go while the items load.
+  const Ref<ICatItemCol> keep_alive(this);
+  XmlForm<ICatItemCol>::read(*this, xsXML);
+}
 
 }  // namespace vexqom

@@ -14,13 +14,22 @@ namespace vexqom {
 using DocumentObserver = void (*)(const char* form, const Text& xml);
 
 namespace detail {
-extern std::atomic<DocumentObserver> g_document_observer;
-void notify_document_observer(DocumentObserver observer, const char* form, const Text& xml);
+inline std::atomic<DocumentObserver> g_document_observer{nullptr};
+inline void notify_document_observer(DocumentObserver observer, const char* form,
+                                     const Text& xml) {
+  // Watching must never change what the writer does: the observer's failures stay there.
+  try {
+    observer(form, xml);
+  } catch (...) {
+  }
+}
 }  // namespace detail
 
 // Installs `observer` (nullptr removes it) and returns the one it replaces. The observer
 // may be called from any thread that writes XML, concurrently.
-DocumentObserver set_document_observer(DocumentObserver observer);
+inline DocumentObserver set_document_observer(DocumentObserver observer) {
+  return detail::g_document_observer.exchange(observer, std::memory_order_acq_rel);
+}
 
 // Hands a finished document to the observer, if any: as Text, or as the code-page bytes
 // it was written in.

@@ -49,10 +49,7 @@ void clsXML::AddAttrVal(const Text& xsTagNam, const Text& xsAttr, const Text& xs
     line = 1;
     if (xbNewGroup) {
       line = 2;
-      std::vector<Text>& groups = group_stack();
-      if (group_counter_ == std::numeric_limits<int32_t>::max()) throw Error(errc::kOverflow);
-      ++group_counter_;
-      groups.push_back(xsTagNam);
+      open_group(xsTagNam);
     }
     line = 3;
     CString& buf = buffer();

@@ -453,8 +453,10 @@ bool DomDocument::stream_text(std::string_view utf8, DomVisitor* visitor, DomPar
                               std::exception_ptr* visitor_failure) {
   // Named, the encoding costs the parser a second copy of the text, converted from the
   // first; unnamed, it is UTF-8 unless the first four bytes say otherwise, which only
-  // NULs among them can do in well-formed UTF-8.
-  const bool nul_at_start = utf8.substr(0, 4).find('\0') != std::string_view::npos;
+  // NULs among them can do in well-formed UTF-8. A byte order mark is read as a named
+  // UTF-8 reading reads it (an empty document after it is "empty").
+  const bool nul_at_start = utf8.substr(0, 4).find('\0') != std::string_view::npos ||
+                            utf8.starts_with("\xEF\xBB\xBF");
   DomParseError failure;
   Parsed parsed = read(utf8, nullptr, nul_at_start ? "UTF-8" : nullptr,
                        options_for(false) | XML_PARSE_IGNORE_ENC, false, visitor, true, &failure,
