@@ -142,20 +142,11 @@ class ParseScope {
   Capture* saved_capture_;
 };
 
-struct CtxtFree {
-  void operator()(xmlParserCtxtPtr c) const { xmlFreeParserCtxt(c); }
-};
-struct DocFree {
-  void operator()(xmlDocPtr d) const { xmlFreeDoc(d); }
-};
-struct XmlFree {
-  void operator()(xmlChar* s) const { xmlFree(s); }
-};
-using XmlString = std::unique_ptr<xmlChar, XmlFree>;
-
+// The text libxml2 allocated, as a string; the allocation goes.
 std::string take(xmlChar* s) {
-  XmlString owned(s);
-  return s != nullptr ? std::string(reinterpret_cast<const char*>(s)) : std::string();
+  std::string out = s != nullptr ? reinterpret_cast<const char*>(s) : "";
+  xmlFree(s);
+  return out;
 }
 
 // ---- White space ------------------------------------------------------------------
@@ -345,7 +336,7 @@ void on_end_element(void* ctx, const xmlChar* localname, const xmlChar* prefix,
 }
 
 struct Parsed {
-  std::unique_ptr<xmlDoc, DocFree> doc;
+  std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> doc{nullptr, xmlFreeDoc};
   bool whole_tree = false;
 };
 
@@ -355,7 +346,8 @@ Parsed read_once(std::string_view bytes, const char* url, const char* encoding, 
                  bool validate, ParseRun& run, DomParseError* failure) {
   Capture capture;
   Parsed parsed;
-  std::unique_ptr<xmlParserCtxt, CtxtFree> ctxt(xmlNewParserCtxt());
+  std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)> ctxt(xmlNewParserCtxt(),
+                                                               xmlFreeParserCtxt);
   if (!ctxt) {
     *failure = {XML_ERR_NO_MEMORY, "Out of memory", 0, 0};
     return parsed;

@@ -43,20 +43,10 @@ struct DomAttribute {
 // element, no doctype) tests false.
 class DomNode {
  public:
-  enum Type : int32_t {
-    kElement = 1,
-    kAttribute = 2,
-    kText = 3,
-    kCData = 4,
-    kEntityReference = 5,
-    kEntity = 6,
-    kProcessingInstruction = 7,
-    kComment = 8,
-    kDocument = 9,
-    kDocumentType = 10,
-    kDocumentFragment = 11,
-    kNotation = 12,
-  };
+  // The DOM's node type numbers.
+  enum Type : int32_t { kElement = 1, kAttribute, kText, kCData, kEntityReference, kEntity,
+                        kProcessingInstruction, kComment, kDocument, kDocumentType,
+                        kDocumentFragment, kNotation };
 
   DomNode() = default;
   explicit operator bool() const { return node_ != nullptr; }
