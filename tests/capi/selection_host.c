@@ -1,6 +1,7 @@
-/* A C host: loads the stored sample selection (the file named first on the command line),
- * reads its totals, walks its items and counts the CountChanged events. Exits non-zero
- * after reporting every mismatch. */
+/* A C host: fills a vehicle by name and reads the description it composes; loads the
+ * stored sample selection (the file named first on the command line), reads its totals,
+ * walks its items and counts the CountChanged events; sees the library unloadable once it
+ * lets go. Exits non-zero after reporting every mismatch. */
 #include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -26,12 +27,26 @@ int main(int argc, char** argv) {
   size_t size = file ? fread(text, 1, sizeof text - 1, file) : 0;
   text[size] = '\0';
   if (file) fclose(file);
+  static const char* fields[] = {"Year", "Make", "Model", "Engine", "VIN"};
+  static const char* values[] = {"2001", "Ford", "Caf\xc3\xa9", "3.0L V6", "1FAFP53U51A123456"};
+  vq_object* vehicle = create("ICatVehicle");
+  vq_value arg, result;
+  for (int i = 0; i < 5; ++i) {
+    arg = text_value(values[i]);
+    CHECK(call(vehicle, fields[i], VQ_LET, &arg, 1, NULL) == 0);
+    vq_value_clear(&arg);
+  }
+  CHECK(call(vehicle, "description", VQ_GET, NULL, 0, &result) == 0);
+  CHECK(text_is(&result, "2001 Ford Caf\xc3\xa9 3.0L V6"));
+  CHECK(call(vehicle, "VIN", VQ_GET, NULL, 0, &result) == 0 && text_is(&result, values[4]));
+  CHECK(DllCanUnloadNow() == 1 && vq_release(vehicle) == 0 && DllCanUnloadNow() == 0);
+
   vq_object* col = create("ICatItemCol");
   if (col == NULL || size == 0) return 1;
   int events = 0;
   uint32_t cookie = 0;
   CHECK(vq_advise(col, on_event, &events, &cookie) == 0 && cookie != 0);
-  vq_value arg = text_value(text), result;
+  arg = text_value(text);
   CHECK(call(col, "XML", VQ_LET, &arg, 1, NULL) == 0);
   vq_value_clear(&arg);
   CHECK(events == 5);
@@ -69,7 +84,7 @@ int main(int argc, char** argv) {
   vq_value_clear(&add[1]);
   CHECK(vq_unadvise(col, cookie) == 0);
   vq_release(item);
-  CHECK(vq_release(col) == 0);
+  CHECK(vq_release(col) == 0 && DllCanUnloadNow() == 0);
   if (failures == 0) printf("selection_host: all checks passed\n");
   return failures == 0 ? 0 : 1;
 }

@@ -1,5 +1,6 @@
 #include "support/log_folder.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -60,17 +61,11 @@ void LogFolder::write_file(const std::string& file, const std::string& bytes) {
 }
 
 std::vector<std::string> LogFolder::lines(const std::string& file) {
-  std::string all = read_file(file);
+  const std::string all = read_file(file);
   std::vector<std::string> out;
-  size_t start = 0;
-  while (start < all.size()) {
-    size_t end = all.find("\r\n", start);
-    if (end == std::string::npos) {
-      out.push_back(all.substr(start));
-      break;
-    }
+  for (size_t start = 0, end; start < all.size(); start = end + 2) {
+    end = std::min(all.find("\r\n", start), all.size());
     out.push_back(all.substr(start, end - start));
-    start = end + 2;
   }
   return out;
 }
