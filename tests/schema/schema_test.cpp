@@ -97,8 +97,8 @@ TEST(Schemas, EveryWrittenFormIsCheckedWithTheSwitchesOnAndOff) {
       const Text written = selection->get_XML();
       // Two prices set, two made by the totals' lookups of the jobber and MSRP amounts.
       EXPECT_EQ(since(before), (std::map<std::string, int64_t>{{"item", 2}, {"item-document", 1},
-                                                               {"price", 6}, {"price-collection", 2},
-                                                               {"vehicle", 1}}));
+                                                              {"price", 6}, {"price-collection", 2},
+                                                              {"vehicle", 1}}));
       // A zero amount is left out exactly when zero suppression is on.
       EXPECT_EQ(written.find(u"<LaborHRSnormal>0</LaborHRSnormal>") != Text::npos, !zero);
       auto copy = create<ICatItemCol>();  // what was written loads and writes again

@@ -400,25 +400,21 @@ TEST(XmlEdit, ValueAndBlockLet) {
 // An editor that changes the text forgets where the last read ended; one that changes
 // nothing keeps it (read fresh, element 2 of the last case would be "1").
 TEST(XmlEdit, EditorsForgetTheSearchMemory) {
-  struct Case {
-    const char16_t* text;
-    std::function<void(clsXML&)> read, edit;
-    const char* second;
-  };
-  const Case cases[] = {
-      {u"<P>aaaaaaaaaa</P><P>b</P><P>c</P>", [](clsXML& x) { x.get_Value(u"P", 1); },
-       [](clsXML& x) { x.put_Value(u"P", 1, u""); }, "b"},
-      {u"<P>aaaaaaaaaa</P><P>b</P><P>c</P>", [](clsXML& x) { x.get_Block(u"P", 1); },
-       [](clsXML& x) { x.put_Block(u"P", 1, u"<P/>"); }, "c"},
-      {u"<P k='aaaaaaaaaaaa'>1</P><P>b</P><P>c</P>", [](clsXML& x) { x.get_Value(u"P", 1); },
+  // The text, whether the first read is of a block (else of a value), the edit, and the
+  // second element's value after it.
+  const std::tuple<const char16_t*, bool, std::function<void(clsXML&)>, const char*> cases[] = {
+      {u"<P>aaaaaaaaaa</P><P>b</P><P>c</P>", false, [](clsXML& x) { x.put_Value(u"P", 1, u""); },
+       "b"},
+      {u"<P>aaaaaaaaaa</P><P>b</P><P>c</P>", true, [](clsXML& x) { x.put_Block(u"P", 1, u"<P/>"); },
+       "c"},
+      {u"<P k='aaaaaaaaaaaa'>1</P><P>b</P><P>c</P>", false,
        [](clsXML& x) { x.put_Attrib(u"P", u"k", u""); }, "b"},
-      {u"</P><P>1</P><P>2</P>", [](clsXML& x) { x.get_Value(u"P", 1); },
-       [](clsXML& x) { x.put_Value(u"Q", 1, u"x"); }, "2"}};
-  for (const Case& c : cases) {
-    Ref<clsXML> x = loaded(c.text);
-    c.read(*x);
-    c.edit(*x);
-    EXPECT_EQ(u8(x->get_Value(u"P", 2)), c.second) << u8(c.text);
+      {u"</P><P>1</P><P>2</P>", false, [](clsXML& x) { x.put_Value(u"Q", 1, u"x"); }, "2"}};
+  for (const auto& [text, block_read, edit, second] : cases) {
+    Ref<clsXML> x = loaded(text);
+    block_read ? x->get_Block(u"P", 1) : x->get_Value(u"P", 1);
+    edit(*x);
+    EXPECT_EQ(u8(x->get_Value(u"P", 2)), second) << u8(text);
   }
 }
 

@@ -109,7 +109,8 @@ TEST_F(DomDocumentTest, TreeGivesNamesAttributesChildrenAndResolvedText) {
     EXPECT_FALSE(DomDocument::stream_text(text, nullptr, &streamed, &none));
     EXPECT_EQ(std::to_string(e.code) + " " + e.reason, failure);
     EXPECT_EQ(std::to_string(streamed.code) + " " + streamed.reason, failure);
-    const std::string whole = failure_of([&] { create<clsXML>()->DocumentCreate(from_utf8(text)); });
+    const std::string whole =
+        failure_of([&] { create<clsXML>()->DocumentCreate(from_utf8(text)); });
     EXPECT_NE(whole.find(std::to_string(e.code) + "\r\nReason: " + e.reason), std::string::npos);
     EXPECT_EQ(failure_of([&] { validate_xml(std::string_view(text)); }), whole);
     EXPECT_EQ(failure_of([&] { prettify_xml(std::string_view(text)); }),
