@@ -29,10 +29,8 @@ TEST(CStringTest, ReportedSizeFitsExactlyWhileStorageGrowsGeometrically) {
   EXPECT_EQ(s->get_Length(), 3000);
 
   Ref<CString> p = create<CString>();
-  const std::pair<const char*, int32_t> appends[] = {
-      {"12345678", 2048}, {"12345678", 2056}, {"z", 2057}};
   p->AppendBytes(std::string(2040, 'a'));
-  for (auto [bytes, size] : appends) {
+  for (auto [bytes, size] : {std::pair{"12345678", 2048}, {"12345678", 2056}, {"z", 2057}}) {
     p->AppendBytes(bytes);
     EXPECT_EQ(p->buffer_size(), size);
   }

@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <functional>
 #include <limits>
 #include <new>
 #include <random>
@@ -115,18 +116,18 @@ TEST(ValuesCurrency, RoundingCheckedArithmeticAndText) {
 
   const Currency max = Currency::from_raw(kMaxRaw), min = Currency::from_raw(kMinRaw);
   const Currency unit = Currency::from_raw(1), half = Currency::from_raw(5000);
-  EXPECT_EQ(error_number_of([&] { (void)(max + unit); }), kOverflow);
-  EXPECT_EQ(error_number_of([&] { (void)(min - unit); }), kOverflow);
-  EXPECT_EQ(error_number_of([&] { (void)-min; }), kOverflow);
-  EXPECT_EQ(error_number_of([] { Currency::from_whole(922337203685478); }), kOverflow);
+  const Currency bigger = Currency::from_whole(40000000);
+  const std::function<void()> overflows[] = {
+      [&] { (void)(max + unit); }, [&] { (void)(min - unit); }, [&] { (void)-min; },
+      [] { Currency::from_whole(922337203685478); }, [&] { (void)(bigger * bigger); }};
+  for (const auto& overflow : overflows)
+    EXPECT_EQ(error_number_of(overflow), kOverflow);
   EXPECT_EQ(Currency::from_whole(922337203685477).raw(), 9223372036854770000);
   const std::tuple<int64_t, int64_t, int64_t> products[] = {
       {1, 5000, 0}, {3, 5000, 2}, {-3, 5000, -2}, {7, 7001, 5},  // 4.9007 units
       {303700000000, 303700000000, 9223369000000000000}};
   for (auto [a, b, raw] : products)
     EXPECT_EQ((Currency::from_raw(a) * Currency::from_raw(b)).raw(), raw) << a << " " << b;
-  const Currency bigger = Currency::from_whole(40000000);
-  EXPECT_EQ(error_number_of([&] { (void)(bigger * bigger); }), kOverflow);
   EXPECT_EQ((unit * half).raw(), 0);
 
   const std::pair<int64_t, const char16_t*> texts[] = {
@@ -355,13 +356,11 @@ TEST(ValuesError, DescriptionsSourcesAndMapping) {
 
 TEST(ValuesObject, LiveCountFollowsReferences) {
   const std::size_t before = Object::live_count();
-  {
-    Ref<Object> a = create<Plain>();
-    Ref<Object> b = a;
-    EXPECT_EQ(b->ref_count(), 2u);
-    a.reset();
-    EXPECT_EQ(Object::live_count(), before + 1);
-  }
+  Ref<Object> a = create<Plain>(), b = a;
+  EXPECT_EQ(b->ref_count(), 2u);
+  a.reset();
+  EXPECT_EQ(Object::live_count(), before + 1);
+  b.reset();
   EXPECT_EQ(Object::live_count(), before);
 }
 

@@ -5,8 +5,6 @@
 #include <libxml/xmlerror.h>
 #include <libxml/xmlschemas.h>
 
-#include <iostream>
-#include <memory>
 #include <mutex>
 
 #include "frame/document_observer.h"
@@ -19,10 +17,10 @@ namespace vexqom::testing {
 
 namespace {
 
+// Parsed on first use (null with its parse errors when unusable); and documents seen per form.
 struct SchemaSet {
   std::mutex mutex;
-  std::map<std::string, xmlSchemaPtr> schemas;  // parsed on first use; null when unusable
-  std::map<std::string, std::string> schema_errors;
+  std::map<std::string, std::pair<xmlSchemaPtr, std::string>> schemas;
   std::map<std::string, int64_t> seen;
 };
 
@@ -47,32 +45,32 @@ std::string validate_locked(SchemaSet& set, const std::string& form, std::string
   const xmlStructuredErrorFunc previous = xmlStructuredError;  // the library's, put back after
   void* const previous_context = xmlStructuredErrorContext;
   xmlSetStructuredErrorFunc(&errors, collect_error);
-  auto found = set.schemas.find(form);
-  if (found == set.schemas.end()) {
+  auto [found, fresh] = set.schemas.try_emplace(form);
+  auto& [schema, schema_error] = found->second;
+  if (fresh) {
     const std::string path = schema_folder() + "/" + form + ".xsd";
-    xmlSchemaPtr schema = nullptr;
     if (xmlSchemaParserCtxtPtr parser = xmlSchemaNewParserCtxt(path.c_str())) {
       xmlSchemaSetParserStructuredErrors(parser, collect_error, &errors);
       schema = xmlSchemaParse(parser);
       xmlSchemaFreeParserCtxt(parser);
     }
-    if (schema == nullptr) set.schema_errors[form] = "no usable schema " + path + ": " + errors;
-    found = set.schemas.emplace(form, schema).first;
+    if (schema == nullptr) schema_error = "no usable schema " + path + ": " + errors;
   }
-  std::string problem = set.schema_errors[form];
+  std::string problem = schema_error;
   errors.clear();
-  std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> doc(
-      found->second ? xmlReadMemory(utf8.data(), static_cast<int>(utf8.size()), "document.xml",
-                                    "UTF-8", XML_PARSE_NONET)
-                    : nullptr,
-      &xmlFreeDoc);
-  if (found->second && (!doc || !errors.empty())) problem = "not well-formed: " + errors + "?";
-  if (doc && errors.empty()) {
-    xmlSchemaValidCtxtPtr validator = xmlSchemaNewValidCtxt(found->second);
-    xmlSchemaSetValidStructuredErrors(validator, collect_error, &errors);
-    if (const int result = xmlSchemaValidateDoc(validator, doc.get()); result != 0)
-      problem = errors.empty() ? "invalid (code " + std::to_string(result) + ")" : errors;
-    xmlSchemaFreeValidCtxt(validator);
+  if (schema) {
+    xmlDocPtr doc = xmlReadMemory(utf8.data(), static_cast<int>(utf8.size()), "document.xml",
+                                  "UTF-8", XML_PARSE_NONET);
+    if (!doc || !errors.empty()) {
+      problem = "not well-formed: " + errors + "?";
+    } else {
+      xmlSchemaValidCtxtPtr validator = xmlSchemaNewValidCtxt(schema);
+      xmlSchemaSetValidStructuredErrors(validator, collect_error, &errors);
+      if (const int result = xmlSchemaValidateDoc(validator, doc); result != 0)
+        problem = errors.empty() ? "invalid (code " + std::to_string(result) + ")" : errors;
+      xmlSchemaFreeValidCtxt(validator);
+    }
+    xmlFreeDoc(doc);
   }
   xmlSetStructuredErrorFunc(previous_context, previous);
   return problem;
@@ -81,12 +79,11 @@ std::string validate_locked(SchemaSet& set, const std::string& form, std::string
 // The observer: runs on whichever thread wrote the document.
 void check_written_document(const char* form, const Text& xml) {
   const std::string utf8 = to_utf8(xml);
-  SchemaSet& set = schema_set();
   std::string problem;
   {
-    std::lock_guard<std::mutex> lock(set.mutex);
-    ++set.seen[form];
-    problem = validate_locked(set, form, utf8);
+    std::lock_guard<std::mutex> lock(schema_set().mutex);
+    ++schema_set().seen[form];
+    problem = validate_locked(schema_set(), form, utf8);
   }
   if (!problem.empty()) {
     ADD_FAILURE() << "written " << form << " document does not match schema/" << form
@@ -94,18 +91,12 @@ void check_written_document(const char* form, const Text& xml) {
   }
 }
 
-class SchemaValidationEnvironment : public ::testing::Environment {
- public:
+struct SchemaValidationEnvironment : ::testing::Environment {
   void SetUp() override {
     xmlInitParser();
     set_document_observer(&check_written_document);
   }
-  void TearDown() override {
-    set_document_observer(nullptr);
-    int64_t total = 0;
-    for (const auto& [form, n] : validated_documents()) total += n;
-    std::cout << "[ schemas  ] " << total << " written documents checked\n";
-  }
+  void TearDown() override { set_document_observer(nullptr); }
 };
 
 [[maybe_unused]] ::testing::Environment* const registered =
@@ -116,15 +107,13 @@ class SchemaValidationEnvironment : public ::testing::Environment {
 std::string schema_folder() { return VEXQOM_SCHEMA_DIR; }
 
 std::string schema_problems(const std::string& form, std::string_view utf8) {
-  SchemaSet& set = schema_set();
-  std::lock_guard<std::mutex> lock(set.mutex);
-  return validate_locked(set, form, utf8);
+  std::lock_guard<std::mutex> lock(schema_set().mutex);
+  return validate_locked(schema_set(), form, utf8);
 }
 
 std::map<std::string, int64_t> validated_documents() {
-  SchemaSet& set = schema_set();
-  std::lock_guard<std::mutex> lock(set.mutex);
-  return set.seen;
+  std::lock_guard<std::mutex> lock(schema_set().mutex);
+  return schema_set().seen;
 }
 
 }  // namespace vexqom::testing

@@ -19,10 +19,18 @@ namespace {
 
 using namespace testing;
 
-Ref<clsXML> snippet(bool formatted = false) {
+struct Element {
+  TextView tag, value;
+  bool group = false, end = false;
+};
+void add(clsXML& x, std::initializer_list<Element> elements) {
+  for (const Element& e : elements) x.Add(e.tag, e.value, e.group, e.end);
+}
+Ref<clsXML> snippet(bool formatted = false, std::initializer_list<Element> elements = {}) {
   Ref<clsXML> x = create<clsXML>();
   x->put_Snippet(true);
   if (formatted) x->put_Formatted(true);
+  add(*x, elements);
   return x;
 }
 Ref<clsXML> loaded(const Text& text) {
@@ -52,13 +60,13 @@ TEST(XmlEngine, CompressZeroSuppressGroupsAndEscaping) {
   for (const char16_t* v : {u"0", u"00", u"0.00", u"-0", u" 0 ", u""}) x->Add(u"N", v);
   x->put_ZeroSuppress(true);
   for (const char16_t* v : {u"0", u"00", u"0.00", u"-0", u" 0 ", u""}) x->Add(u"Z", v);
-  x->Add(u"Keep", u"0A");
-  x->Add(u"Grp", u"", true);        // openers are written even when empty
-  x->Add(u"Z", u"0", false, true);  // left out, so the group stays open
+  // Openers are written even when empty; the zero that would end the group is left out,
+  // so the group stays open.
+  add(*x, {{u"Keep", u"0A"}, {u"Grp", u"", true}, {u"Z", u"0", false, true}});
   x->AddXML(u"<C>1</C>");
-  x->Add(u"V", u"a<b & 'c' \"hi\" >");
-  x->Add(u"X", u"<Inner>1 & 2</Inner>");  // already XML: written as it is
-  x->Add(u"T", u" caf\u00e9 \u4e2d ");    // outside the code page: '?'
+  // Already XML, X is written as it is; outside the code page T's letter is '?'.
+  add(*x, {{u"V", u"a<b & 'c' \"hi\" >"}, {u"X", u"<Inner>1 & 2</Inner>"},
+           {u"T", u" caf\u00e9 \u4e2d "}});
   EXPECT_EQ(
       u8(x->get_XML()),
       "<Vehicle><N>0</N><N>00</N><N>0.00</N><N>-0</N><N> 0 </N><Keep>0A</Keep><Grp><C>1</C>"
@@ -75,10 +83,8 @@ TEST(XmlEngine, CompressZeroSuppressGroupsAndEscaping) {
   EXPECT_EQ(value(*loaded(u"<V>\r\n<a>&amp;</a></V>"), u"V"), "\r\n<a>&</a>");
   EXPECT_EQ(u8(clsXML::GetFieldValue(u"&amp;lt; &lt;&gt;&apos;&quot;")), "&lt; <>'\"");
   EXPECT_EQ(u8(clsXML::UnescapeText(u"<a>&amp;</a>")), "<a>&amp;</a>");
-  Ref<clsXML> plain = snippet();  // a new engine neither compresses nor suppresses zeros
-  plain->Add(u"E", u"");
-  plain->Add(u"N", u"0");
-  EXPECT_EQ(u8(plain->get_XML()), "<E></E><N>0</N>");
+  // A new engine neither compresses nor suppresses zeros.
+  EXPECT_EQ(u8(snippet(false, {{u"E", u""}, {u"N", u"0"}})->get_XML()), "<E></E><N>0</N>");
   EXPECT_TRUE(logs.error_lines().empty());
 }
 
@@ -153,27 +159,20 @@ TEST(XmlEngine, DeclarationSurroundingLinesAndLongTagNames) {
 
   // Tag names longer than the readers build in place (30 bytes) take their other room.
   const Text name(100, u'N');
-  Ref<clsXML> l = snippet();
-  l->Add(u"Group", u"", true);
-  l->Add(name, u"first");
-  l->Add(name, u"second");
-  Ref<clsXML> r = loaded(l->get_XML());
+  Ref<clsXML> r = loaded(
+      snippet(false, {{u"Group", u"", true}, {name, u"first"}, {name, u"second"}})->get_XML());
   EXPECT_EQ(u8(r->get_Value(name, 1)), "first");
   EXPECT_EQ(u8(r->get_Block(name, 2)), u8(u"<" + name + u">second</" + name + u">"));
   EXPECT_EQ(u8(r->get_Value(name + u"X", 1)), "");
 }
 
 TEST(XmlEngine, FormattingIndentAndLevel) {
-  Ref<clsXML> x = snippet(true);
-  x->Add(u"A", u"", true);
-  x->Add(u"B", u"x");
-  EXPECT_EQ(u8(x->get_XML()), "<A>\r\n    <B>x</B>\r\n</A>\r\n");
+  EXPECT_EQ(u8(snippet(true, {{u"A", u"", true}, {u"B", u"x"}})->get_XML()),
+            "<A>\r\n    <B>x</B>\r\n</A>\r\n");
 
   Ref<clsXML> y = snippet(true);
   y->put_indent(u"2");
-  y->Add(u"A", u"", true);
-  y->Add(u"B", u"head", true);
-  y->Add(u"C", u"", true);
+  add(*y, {{u"A", u"", true}, {u"B", u"head", true}, {u"C", u"", true}});
   y->put_Level(1);  // closes C alone, indented from level 4; next line at level 1
   y->AddXML(u"<X/>");
   y->Comment(u"note");
@@ -200,27 +199,42 @@ TEST(XmlEngine, FormattingIndentAndLevel) {
   }
 }
 
-TEST(XmlEngine, OverflowAndDestroyedStateErrors) {
+// Each failure raised under a handler is logged once, under its label; the bare members
+// raise without logging.
+TEST(XmlEngine, OverflowAndDestroyedStateFailures) {
   testing::LogFolder logs;
   Ref<clsXML> x = snippet();
   x->put_indent(u"10");
-  x->put_Level(5000);  // (5000 - 1) * 10 does not fit 16 bits
-  EXPECT_EQ(failure_of([&] { x->Add(u"A", u"1"); }),
-            "6 clsXML | Add, Error # 6 at line: 6\r\nOverflow");
-  EXPECT_EQ(failure_of([&] { x->AddXML(u"<a/>"); }), "6 Overflow");  // no handler
-
+  x->put_Level(4000);  // (4000 - 1) * 10 does not fit 16 bits
   Ref<clsXML> d = create<clsXML>();
   d->Clear(true);
   const std::string unset = "Object variable or With block variable not set";
+  auto handled = [](const char* label, int number, int line, const std::string& description) {
+    return std::to_string(number) + " clsXML | " + label + ", Error # " + std::to_string(number) +
+           " at line: " + std::to_string(line) + "\r\n" + description;
+  };
   const std::pair<std::function<void()>, std::string> calls[] = {
-      {[&] { d->get_Value(u"A"); }, "91 clsXML | Get Value, Error # 91 at line: 1\r\n" + unset},
-      {[&] { d->get_Block(u"A"); }, "91 clsXML | Get Block, Error # 91 at line: 1\r\n" + unset},
+      {[&] { x->Add(u"A", u"1"); }, handled("Add", 6, 6, "Overflow")},
+      {[&] { x->AddXML(u"<a/>"); }, "6 Overflow"},
+      {[&] { x->AddAttrVal(u"A", u"b", u"c"); }, handled("AddAttrVal", 6, 3, "Overflow")},
       {[&] { d->get_XML(); }, "91 " + unset}, {[&] { d->EndGroup(); }, "91 " + unset},
-      {[&] { d->Comment(u"c"); }, "91 " + unset}};
-  for (const auto& [call, failure] : calls) EXPECT_EQ(failure_of(call), failure);
-  const auto messages = logs.error_messages();
-  ASSERT_EQ(messages.size(), 3u);  // one per handler, the bare members log nothing
-  EXPECT_EQ(messages[1], "clsXML | Get Value, Error # 91 at line: 1][" + unset);
+      {[&] { d->Comment(u"c"); }, "91 " + unset},
+      {[&] { d->get_Value(u"A"); }, handled("Get Value", 91, 1, unset)},
+      {[&] { d->get_Block(u"A"); }, handled("Get Block", 91, 1, unset)},
+      {[&] { d->get_Attrib(u"A", u"b"); }, handled("Get Attrib", 91, 1, unset)},
+      {[&] { d->put_Attrib(u"A", u"b", u"c"); }, handled("Let Attrib", 91, 1, unset)},
+      {[&] { d->put_Block(u"A", 1, u"c"); }, handled("Let Block", 91, 1, unset)},
+      {[&] { d->put_Value(u"A", 1, u"c"); }, handled("Let Value", 91, 1, unset)},
+      {[&] { d->AddAttrVal(u"A", u"b", u"c", true); }, handled("AddAttrVal", 91, 2, unset)}};
+  std::vector<std::string> logged;  // what a handler logs: its lines joined by "]["
+  for (const auto& [call, failure] : calls) {
+    EXPECT_EQ(failure_of(call), failure);
+    std::string message = failure.substr(failure.find(' ') + 1);
+    if (const size_t cut = message.find("\r\n"); cut != std::string::npos)
+      logged.push_back(message.replace(cut, 2, "]["));
+  }
+  EXPECT_EQ(logs.error_messages(), logged);
+  EXPECT_EQ(u8(x->get_XML()), "");
 
   d->put_XML(u"<A>1</A>");  // a buffer again, but no group stack
   d->Add(u"B", u"2");
@@ -254,8 +268,7 @@ TEST(XmlEngine, NumberedReadsFollowTheTextAfterEveryChange) {
   expect_reads(*built, u"P", {{2, "2"}});
   built->Clear(false);
   built->put_Snippet(true);
-  built->Add(u"P", u"3");
-  built->Add(u"P", u"4");
+  add(*built, {{u"P", u"3"}, {u"P", u"4"}});
   expect_reads(*built, u"P", {{2, "<P>4</P>"}}, true);
 }
 
@@ -314,8 +327,7 @@ TEST(XmlEngine, ByteHandOffsAgreeWithTheTextForms) {
 }
 
 TEST(XmlEdit, AddAttrValAlwaysEscapes) {
-  Ref<clsXML> x = create<clsXML>();
-  x->put_Snippet(true);
+  Ref<clsXML> x = snippet();
   x->put_validate(false);
   x->put_ZeroSuppress(true);
   x->AddAttrVal(u"Price", u"loc", u"A&B");
@@ -380,10 +392,7 @@ TEST(XmlEdit, ValueAndBlockLet) {
   a->put_Block(u"Item", 1, u"<z/>");
   EXPECT_EQ(u8(a->get_XML()), "<Item id='1'>x</Item><Item/>");
 
-  Ref<clsXML> c = create<clsXML>();  // a composing engine stays composing
-  c->put_Snippet(true);
-  c->Add(u"R", u"", true);
-  c->Add(u"V", u"1");
+  Ref<clsXML> c = snippet(false, {{u"R", u"", true}, {u"V", u"1"}});  // stays composing
   c->put_Value(u"V", 1, u"2");
   EXPECT_EQ(u8(c->get_XML()), "<R><V>2</V></R>");
 }
@@ -391,52 +400,22 @@ TEST(XmlEdit, ValueAndBlockLet) {
 // An editor that changes the text forgets where the last read ended; one that changes
 // nothing keeps it (read fresh, element 2 of the last case would be "1").
 TEST(XmlEdit, EditorsForgetTheSearchMemory) {
-  struct Case {
-    const char16_t* text;
-    std::function<void(clsXML&)> read, edit;
-    const char* second;
-  };
-  const Case cases[] = {
-      {u"<P>aaaaaaaaaa</P><P>b</P><P>c</P>", [](clsXML& x) { x.get_Value(u"P", 1); },
-       [](clsXML& x) { x.put_Value(u"P", 1, u""); }, "b"},
-      {u"<P>aaaaaaaaaa</P><P>b</P><P>c</P>", [](clsXML& x) { x.get_Block(u"P", 1); },
-       [](clsXML& x) { x.put_Block(u"P", 1, u"<P/>"); }, "c"},
-      {u"<P k='aaaaaaaaaaaa'>1</P><P>b</P><P>c</P>", [](clsXML& x) { x.get_Value(u"P", 1); },
+  // The text, whether the first read is of a block (else of a value), the edit, and the
+  // second element's value after it.
+  const std::tuple<const char16_t*, bool, std::function<void(clsXML&)>, const char*> cases[] = {
+      {u"<P>aaaaaaaaaa</P><P>b</P><P>c</P>", false, [](clsXML& x) { x.put_Value(u"P", 1, u""); },
+       "b"},
+      {u"<P>aaaaaaaaaa</P><P>b</P><P>c</P>", true, [](clsXML& x) { x.put_Block(u"P", 1, u"<P/>"); },
+       "c"},
+      {u"<P k='aaaaaaaaaaaa'>1</P><P>b</P><P>c</P>", false,
        [](clsXML& x) { x.put_Attrib(u"P", u"k", u""); }, "b"},
-      {u"</P><P>1</P><P>2</P>", [](clsXML& x) { x.get_Value(u"P", 1); },
-       [](clsXML& x) { x.put_Value(u"Q", 1, u"x"); }, "2"}};
-  for (const Case& c : cases) {
-    Ref<clsXML> x = loaded(c.text);
-    c.read(*x);
-    c.edit(*x);
-    EXPECT_EQ(u8(x->get_Value(u"P", 2)), c.second) << u8(c.text);
+      {u"</P><P>1</P><P>2</P>", false, [](clsXML& x) { x.put_Value(u"Q", 1, u"x"); }, "2"}};
+  for (const auto& [text, block_read, edit, second] : cases) {
+    Ref<clsXML> x = loaded(text);
+    block_read ? x->get_Block(u"P", 1) : x->get_Value(u"P", 1);
+    edit(*x);
+    EXPECT_EQ(u8(x->get_Value(u"P", 2)), second) << u8(text);
   }
-}
-
-TEST(XmlEdit, FailuresAreLoggedUnderTheirLabels) {
-  testing::LogFolder logs;
-  Ref<clsXML> x = create<clsXML>();
-  x->Clear(true);
-  const std::string tail = "\r\nObject variable or With block variable not set";
-  const std::pair<std::function<void()>, std::string> calls[] = {
-      {[&] { x->get_Attrib(u"A", u"b"); }, "Get Attrib, Error # 91 at line: 1"},
-      {[&] { x->put_Attrib(u"A", u"b", u"c"); }, "Let Attrib, Error # 91 at line: 1"},
-      {[&] { x->put_Block(u"A", 1, u"c"); }, "Let Block, Error # 91 at line: 1"},
-      {[&] { x->put_Value(u"A", 1, u"c"); }, "Let Value, Error # 91 at line: 1"},
-      {[&] { x->AddAttrVal(u"A", u"b", u"c", true); }, "AddAttrVal, Error # 91 at line: 2"}};
-  for (const auto& [call, label] : calls)
-    EXPECT_EQ(failure_of(call), "91 clsXML | " + label + tail);
-
-  Ref<clsXML> deep = create<clsXML>();
-  deep->put_Snippet(true);
-  deep->put_indent(u"10");
-  deep->put_Level(4000);
-  EXPECT_EQ(failure_of([&] { deep->AddAttrVal(u"A", u"b", u"c"); }),
-            "6 clsXML | AddAttrVal, Error # 6 at line: 3\r\nOverflow");
-  EXPECT_EQ(u8(deep->get_XML()), "");
-  const auto messages = logs.error_messages();
-  ASSERT_EQ(messages.size(), 6u);
-  EXPECT_EQ(messages[5], "clsXML | AddAttrVal, Error # 6 at line: 3][Overflow");
 }
 
 TEST(Prettify, OneElementPerLineResolvedAndDeclared) {

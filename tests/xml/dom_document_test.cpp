@@ -96,13 +96,26 @@ TEST_F(DomDocumentTest, TreeGivesNamesAttributesChildrenAndResolvedText) {
         parse(std::string("<?xml version='1.0' encoding='") + decl + "'?><r>caf\xC3\xA9</r>");
     EXPECT_EQ(d ? d->document_element().text() : "", "caf\xC3\xA9") << decl;
   }
-  // Empty text, and a prefix without its declaration (not namespace-well-formed).
-  const std::pair<const char*, std::string> failures[] = {
-      {"", "4 Document is empty"}, {"<p:a/>", "201 Namespace prefix p on a is not defined"}};
+  // Empty text (a byte order mark alone too), and a prefix without its declaration (not
+  // namespace-well-formed). The streamed readings, the check and the pretty form, fail as the
+  // whole tree does.
+  const std::pair<std::string, std::string> failures[] = {
+      {"", "4 Document is empty"}, {"\xEF\xBB\xBF", "4 Document is empty"},
+      {"<p:a/>", "201 Namespace prefix p on a is not defined"}};
   for (const auto& [text, failure] : failures) {
-    DomParseError e;
+    DomParseError e, streamed;
+    std::exception_ptr none;
     EXPECT_FALSE(DomDocument::parse_text(text, false, &e));
+    EXPECT_FALSE(DomDocument::stream_text(text, nullptr, &streamed, &none));
     EXPECT_EQ(std::to_string(e.code) + " " + e.reason, failure);
+    EXPECT_EQ(std::to_string(streamed.code) + " " + streamed.reason, failure);
+    const std::string whole =
+        failure_of([&] { create<clsXML>()->DocumentCreate(from_utf8(text)); });
+    EXPECT_NE(whole.find(std::to_string(e.code) + "\r\nReason: " + e.reason), std::string::npos);
+    EXPECT_EQ(failure_of([&] { validate_xml(std::string_view(text)); }), whole);
+    EXPECT_EQ(failure_of([&] { prettify_xml(std::string_view(text)); }),
+              whole.substr(0, 12) + "clsXML | Prettify, Error # -2147221504 at line: 2\r\n" +
+                  whole.substr(12));
   }
 }
 
