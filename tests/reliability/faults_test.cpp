@@ -94,7 +94,7 @@ TEST(ReliabilityFaults, ErrorLogThatCannotBeCreatedChangesNothingForTheHost) {
   const auto files_before = scratch.snapshot();
   EXPECT_EQ(failing_write(*engine, scratch), kWriteFailure);
   EXPECT_EQ(engine->last_error().LastErrorNumber, 75);
-  EXPECT_EQ(testing::u8(engine->last_error().LastErrorMessage), kWriteFailure.substr(3));
+  EXPECT_EQ(u8(engine->last_error().LastErrorMessage), kWriteFailure.substr(3));
   EXPECT_EQ(engine->get_XML(), before);
   EXPECT_EQ(scratch.snapshot(), files_before);
   // A second failure on the same thread is raised alike (the writer is not left busy).
@@ -135,20 +135,14 @@ TEST(ReliabilityFaults, FullDiskForBothLogsIsNotTheHostsConcern) {
 
 // Makes a file impossible to delete but still open for appending: the append-only attribute
 // for root, a read-only folder for everyone else. Undone on destruction.
-class Undeletable {
- public:
-  Undeletable(const std::string& file, const std::string& folder) : file_(file), folder_(folder) {
-    ok_ = ::geteuid() == 0 ? append_only(true) : ::chmod(folder.c_str(), 0555) == 0;
+struct Undeletable {
+  Undeletable(const std::string& file, const std::string& folder) : file(file), folder(folder) {
+    ok = set(true);
   }
-  ~Undeletable() {
-    if (ok_ && ::geteuid() == 0) append_only(false);
-    if (ok_ && ::geteuid() != 0) ::chmod(folder_.c_str(), 0755);
-  }
-  bool ok() const { return ok_; }
-
- private:
-  bool append_only(bool on) {
-    const int fd = ::open(file_.c_str(), O_RDONLY);
+  ~Undeletable() { ok && set(false); }
+  bool set(bool on) const {
+    if (::geteuid() != 0) return ::chmod(folder.c_str(), on ? 0555 : 0755) == 0;
+    const int fd = ::open(file.c_str(), O_RDONLY);
     int flags = 0;
     bool done = fd >= 0 && ::ioctl(fd, FS_IOC_GETFLAGS, &flags) == 0;
     flags = on ? flags | FS_APPEND_FL : flags & ~FS_APPEND_FL;
@@ -156,8 +150,8 @@ class Undeletable {
     if (fd >= 0) ::close(fd);
     return done;
   }
-  std::string file_, folder_;
-  bool ok_ = false;
+  std::string file, folder;
+  bool ok = false;
 };
 
 TEST(ReliabilityFaults, StaleTraceLogThatCannotBeDeletedIsKeptAndAppendedTo) {
@@ -172,7 +166,7 @@ TEST(ReliabilityFaults, StaleTraceLogThatCannotBeDeletedIsKeptAndAppendedTo) {
   ASSERT_EQ(::utime(trace.c_str(), &times), 0);
   Scratch::place_library_in(scratch.path());
   Undeletable guard(trace, scratch.path());
-  if (!guard.ok()) GTEST_SKIP() << "this file system cannot protect a file from deletion";
+  if (!guard.ok) GTEST_SKIP() << "this file system cannot protect a file from deletion";
   ASSERT_NE(::unlink(trace.c_str()), 0) << "the trace log could still be deleted";
   auto engine = engine_with_text();
   EXPECT_EQ(failing_write(*engine, scratch), kWriteFailure);
