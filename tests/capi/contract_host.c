@@ -192,10 +192,6 @@ static void events_and_enumerators(void) {
   add_item(col, "K2", "Filter");
   add_item(col, "K3", "OIL");
   CHECK(a.calls == 1 && b.calls == 3 && vq_unadvise(col, cb) == 0);
-  uint32_t cookie = 0; /* objects without events refuse a connection */
-  vq_object* item = create("ICatItem");
-  CHECK(vq_advise(item, on_event, &a, &cookie) != 0);
-  vq_release(item);
 
   /* Item, the default member, by caseless key and by position; absent ones give 5 and 9. */
   vq_value result, member;
