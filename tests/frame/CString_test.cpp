@@ -36,7 +36,6 @@ TEST(CStringTest, ReportedSizeFitsExactlyWhileStorageGrowsGeometrically) {
   }
   p->put_Length(5000);
   EXPECT_EQ(p->buffer_size(), 5000);
-
 }
 
 TEST(CStringTest, SlicesReadAndWrittenWithTheirErrors) {
@@ -94,9 +93,9 @@ TEST(CStringTest, LengthFillsWithBlanksAndValueRoundTripsTheCodePage) {
   EXPECT_EQ(c->get_Value(), u"A\u20AC");
   EXPECT_EQ(c->get_Char(3), -1);
   EXPECT_EQ(create<CString>()->Asc(), -1);
-  EXPECT_EQ(make(u"aBz\u20AC{")->Ucase().get_Value(), u"ABZ\u20AC{");
-  EXPECT_EQ(make(u"aBz\u20AC{")->LCase().get_Value(), u"abz\u20AC{");
-  EXPECT_EQ(make(u"aBz\u20AC{")->ReverseStr().get_Value(), u"{\u20ACzBa");
+  EXPECT_EQ(make(u"aBz\u20AC{")->Ucase().get_Value() + make(u"aBz\u20AC{")->LCase().get_Value() +
+                make(u"aBz\u20AC{")->ReverseStr().get_Value(),
+            u"ABZ\u20AC{abz\u20AC{{\u20ACzBa");
 
   Ref<CString> a = make(u"ab");
   a->Append(Variant(make(u"cd"))).Append(Variant(int32_t{-5})).Append(Variant(u""));
@@ -143,8 +142,7 @@ TEST(CStringTest, FileRoundTrip) {
   Ref<CString> out = make(u"h\u20ACllo");
   out->WriteToFile(f, true);
   out->WriteToFile(f);
-  make(Text(3000, u'z'))->WriteToFile(f, true);
-  EXPECT_EQ(std::ftell(f), 4 + 6 + 6 + 4 + 3001);
+  EXPECT_EQ(std::ftell(f), 4 + 6 + 6);
 
   std::rewind(f);
   Ref<CString> in = create<CString>();
@@ -154,9 +152,6 @@ TEST(CStringTest, FileRoundTrip) {
   in->put_Length(5);  // without a prefix the current length decides
   in->ReadFromFile(f);
   EXPECT_EQ(in->get_Value(), u"h\u20ACllo");
-  in->ReadFromFile(f, true);
-  EXPECT_EQ(in->buffer_size(), 3000);
-  EXPECT_EQ(in->get_Value(), Text(3000, u'z'));
 
   // A length prefix promising more than the file holds.
   const long end = std::ftell(f);

@@ -6,7 +6,6 @@
 #include <functional>
 #include <limits>
 #include <new>
-#include <set>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -81,25 +80,21 @@ TEST(ValuesCodePage, EveryByteRoundTripsAndUnmappableBecomesQuestionMark) {
   for (int b = 0; b < 256; ++b) all += static_cast<char>(b);
   const Text decoded = from_code_page(all);
   EXPECT_EQ(to_code_page(decoded), all);
-  EXPECT_EQ(std::set<char16_t>(decoded.begin(), decoded.end()).size(), 256u);
   EXPECT_EQ(from_code_page("\x80\xE9\x9F"), u"\u20AC\u00E9\u0178");
   EXPECT_EQ(to_code_page(u"a\u0100\U0001F600b"), "a???b");  // one byte per code unit
   std::string out = "x";
   append_code_page(out, u"\u00E9\u20AC");
   EXPECT_EQ(out, "x\xE9\x80");
-  // Long texts go through the bulk ASCII paths: a non-ASCII unit at any offset is mapped.
-  for (size_t length : {1u, 7u, 8u, 9u, 15u, 16u, 17u, 33u, 70u}) {
-    for (size_t at = 0; at < length; ++at) {
-      Text text;
-      std::string bytes;
-      for (size_t i = 0; i < length; ++i) {
-        text += i == at ? u'\u20AC' : static_cast<char16_t>(u'a' + i % 26);
-        bytes += i == at ? '\x80' : static_cast<char>('a' + i % 26);
-      }
-      EXPECT_EQ(to_code_page(text), bytes) << length << " " << at;
-      EXPECT_EQ(from_code_page(bytes), text) << length << " " << at;
-      EXPECT_EQ(to_code_page(text + u"\u4E2D" + text), bytes + "?" + bytes);
-    }
+  // Long texts go through the bulk ASCII paths: a non-ASCII unit at any offset is mapped,
+  // in the runs and in the tail after them.
+  for (size_t at = 0; at < 33; ++at) {
+    Text text(33, u'a');
+    std::string bytes(33, 'a');
+    text[at] = u'\u20AC';
+    bytes[at] = '\x80';
+    EXPECT_EQ(to_code_page(text + u"\u4E2D" + text.substr(0, at + 1)),
+              bytes + "?" + bytes.substr(0, at + 1)) << at;
+    EXPECT_EQ(from_code_page(bytes.substr(0, at + 1)), text.substr(0, at + 1)) << at;
   }
 }
 
