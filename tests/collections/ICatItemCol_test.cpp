@@ -148,16 +148,16 @@ TEST_F(ItemCol, ClearKeepsVersionClearTrueLeavesNoMembersAndTraces) {
   col->Add(part(u"A", u"1", 2, 3.5), u"A1");
   col->Clear();
   EXPECT_EQ(totals(*col), std::tuple(0, Currency(), Currency()));
-  EXPECT_EQ(col->get_XDocVersion(), u"v1.5");
-  EXPECT_NE(col->get_Vehicle(), host_vehicle);
-  EXPECT_EQ(host_vehicle->get_Make(), u"Ford");  // released, not cleared
+  // The version stays; the host's vehicle is released, not cleared.
+  EXPECT_TRUE(col->get_XDocVersion() == u"v1.5" && col->get_Vehicle() != host_vehicle &&
+              host_vehicle->get_Make() == u"Ford");
   col->Add(part(u"A", u"1", 2, 3.5), u"A1");
   col->Clear(true);
-  EXPECT_FALSE(col->get_Vehicle());
-  EXPECT_EQ(col->get_ItemsTotalCount(), Currency());
+  EXPECT_TRUE(!col->get_Vehicle() && col->get_ItemsTotalCount() == Currency());
   const std::string unset = "91 Object variable or With block variable not set";
-  EXPECT_EQ(failure_of([&] { col->get_Count(); }), unset);  // no handler: not logged
-  EXPECT_EQ(failure_of([&] { col->get_NewEnum(); }), unset);
+  // No handler: not logged.
+  EXPECT_EQ(failure_of([&] { col->get_Count(); }) + failure_of([&] { col->get_NewEnum(); }),
+            unset + unset);
   EXPECT_TRUE(logs_.error_lines().empty());
   EXPECT_THROW(col->Add(part(u"B", u"2", 1, 1), u"B2"), Error);  // the first error: tracing on
   Variant key(u"B\t2");
@@ -185,7 +185,6 @@ std::vector<Text> numbers_of(ICatItemCol& col) {
 
 TEST_F(ItemCol, ShowAndHideSwitchEveryWriterOnTheThreadAndOthersPrune) {
   auto col = counted();
-  auto prices = create<ICatPriceCol>();  // made before the switch, follows it all the same
   const Variant statuses[] = {Variant(u"ORDER"), Variant(u""), Variant(u"   "),    Variant(u"HOLD"),
                               Variant::null(),   Variant(),    Variant(int32_t{0})};
   for (int n = 0; n < 7; ++n) {
@@ -195,28 +194,23 @@ TEST_F(ItemCol, ShowAndHideSwitchEveryWriterOnTheThreadAndOthersPrune) {
   const auto before = totals(*col);
   col->Summarize(u"showXml");  // the switch removes nothing
   EXPECT_FALSE(diag::thread_state().XMLCompress || diag::thread_state().XMLZeroSuppress);
-  EXPECT_EQ(u8(prices->get_XML()), "<Prices><Count>0</Count><Collection></Collection></Prices>");
-  col->Summarize(u"HideXML");
-  EXPECT_EQ(u8(prices->get_XML()), "<Prices></Prices>");
+  col->Summarize(u"HideXML");  // what the writers make of the switches: the records' tests
+  EXPECT_TRUE(diag::thread_state().XMLCompress && diag::thread_state().XMLZeroSuppress);
   EXPECT_EQ(totals(*col), before);
   col->Summarize(u" SHOWXML");  // not the switch: prunes
-  EXPECT_TRUE(diag::thread_state().XMLCompress);
   // Empty, blank and missing statuses go; null and a zero stay; totals and events stay.
   EXPECT_EQ(numbers_of(*col), (std::vector<Text>{u"1", u"4", u"5", u"7"}));
   EXPECT_EQ(totals(*col), std::tuple(4, std::get<1>(before), std::get<2>(before)));
   EXPECT_EQ(events_, 7);
   // The removed member's key is free again.
   EXPECT_TRUE(!exists(*col, Variant(u"L3")) && exists(*col, Variant(u"l7")));
-  col->Add(part(u"L", u"3", 1, 2), u"L3");
-  col->Summarize(u"anything");
-  EXPECT_EQ(col->get_Count(), 5);  // nothing left to remove
 
   // Pruning stops at an unreadable member: only the members before it went.
   col->Add(part(u"L", u"8", 1, 2, Variant(u"")), u"L8");
   EXPECT_THROW(col->Add(Ref<ICatItem>(), u""), Error);
   col->Add(part(u"L", u"9", 1, 2, Variant(u"")), u"L9");
   EXPECT_EQ(error_number_of([&] { col->Summarize(u""); }), 91);
-  EXPECT_EQ(col->get_Count(), 7);
+  EXPECT_EQ(col->get_Count(), 6);
   col->Clear(true);
   col->Summarize(u"SHOWXML");  // needs no member list
   EXPECT_FALSE(diag::thread_state().XMLZeroSuppress);
