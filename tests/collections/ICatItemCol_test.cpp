@@ -106,6 +106,10 @@ TEST_F(ItemCol, LookupsCleanTabsAndNeverFail) {
                          Variant(Ref<Object>(acd))})
     EXPECT_FALSE(col->ItemExists(absent) || col->get_Item(absent));
   EXPECT_TRUE(logs_.error_lines().empty());
+  // Through dispatch the item type goes in as a rounded Double and comes out as a Long.
+  std::vector<Variant> type{Variant(4.5)};
+  invoke(*acd, get_ids_of_names(*acd, "ItemType"), kInvokeLet, type);
+  EXPECT_EQ(invoke(*acd, get_ids_of_names(*acd, "itemtype"), kInvokeGet, {}), Variant(int32_t{4}));
 }
 
 TEST_F(ItemCol, RemoveSubtractsClampedAndSelectedTotalsCountFlaggedParts) {
