@@ -157,6 +157,8 @@ TEST(ICatListCol, OnlyARebuildKeysPositiveIdsAndDropsLaterDuplicates) {
   ASSERT_EQ(col->get_Count(), 4);
   EXPECT_EQ(col->get_Item(Variant(u"i#7"))->get_Heading(), u"H1");
   EXPECT_EQ(col->get_Item(Variant(int32_t{4}))->get_Heading(), u"H5");
+  Variant first;
+  EXPECT_TRUE(col->get_NewEnum()->Next(&first) && first.object() == col->get_Item(Variant(u"I#7")));
   EXPECT_EQ(error_number_of([&] { col->get_Item(Variant(u"I#-7")); }), 5);
   EXPECT_TRUE(logs.error_lines().empty());  // dropped entries leave no log line
   col->putref_Vehicle(Ref<ICatVehicle>());
