@@ -26,13 +26,11 @@ void load_one(auto& record, const char16_t* root, const char16_t* tag, const cha
 }
 
 TEST(ICatVehicle, DescriptionXmlAndTheMileageReader) {
+  // The composed description: the C and Python hosts' (an empty part keeps its blank).
   auto v = create<ICatVehicle>();
-  EXPECT_EQ(v->get_Description(), u"   ");  // three blanks when all parts are empty
   v->put_Year(u"2001");
   v->put_Make(u"Ford & <Sons>");
   v->put_Engine(u"3.0L V6");
-  // An empty model keeps its blanks.
-  EXPECT_EQ(v->get_Description(), u"2001 Ford & <Sons>  3.0L V6");
   v->put_Plate(u"00");
   v->put_CurrentMileage(u"0");
   // Never the composed description, never a zero.
@@ -135,7 +133,7 @@ TEST(ICatPrice, ReaderTakesFlagWordAndLeadingNumbersAndStopsAtOverflow) {
   EXPECT_EQ(std::pair(p->get_Location(), p->get_Margin()), std::pair(Text(u"X"), Currency()));
 }
 
-TEST(ICatItem, QuantitiesLeaveOutInvoiceAndLocalAndReadLeadingNumbers) {
+TEST(ICatItem, QuantitiesLeaveOutInvoiceAndLocal) {
   auto item = create<ICatItem>();
   EXPECT_EQ(item->get_QuantityToOrder(), Variant(int16_t{0})) << "Integer 0 when nothing counted";
   item->put_QuantityToOrder(Text(), Variant(int32_t{2}));  // no location: JOBBER
@@ -154,10 +152,7 @@ TEST(ICatItem, QuantitiesLeaveOutInvoiceAndLocalAndReadLeadingNumbers) {
   EXPECT_EQ(std::tuple(item->get_QuantityToOrder(), item->get_QuantityToOrder(u"LOCAL"),
                        item->get_QuantityOnTicket()),
             std::tuple(Variant(15.0), Variant(5.0), Variant(1.0)));
-  item->put_QuantityToOrder(u"X", Variant(u" 4 apples"));
-  item->put_QuantityToOrder(Text(), Variant(u"none"));
-  item->get_PriceCol()->Remove(Variant(u"warehouse north-east"));
-  EXPECT_EQ(item->get_QuantityToOrder(), Variant(4.0));
+  // A quantity held as text counts by its leading number: the selection's totals test.
 
   auto fresh = create<ICatItem>();
   EXPECT_EQ(fresh->get_QuantityOnTicket(), Variant(0.0));
