@@ -32,21 +32,9 @@ namespace {
 namespace fs = std::filesystem;
 using namespace testing;
 
-// A scratch folder; the library's file is placed wherever a test says.
-class Scratch {
- public:
-  Scratch() {
-    char pattern[] = "/tmp/vexqom-faults-XXXXXX";
-    path_ = ::mkdtemp(pattern);
-  }
-  ~Scratch() {
-    diag::set_library_file_override("");
-    diag::reset_thread_state_for_testing();
-    std::error_code ec;
-    fs::remove_all(path_, ec);
-  }
-  std::string operator/(const std::string& name) const { return path_ + "/" + name; }
-  const std::string& path() const { return path_; }
+// A scratch folder, at first the library's too; a test may place the library elsewhere.
+struct Scratch : LogFolder {
+  std::string operator/(const std::string& name) const { return path() + "/" + name; }
   // The library's file as if it lay in `folder`; this thread's log state starts afresh.
   static void place_library_in(const std::string& folder) {
     diag::set_library_file_override(folder + "/libvexqom_PLUMEK2.so");
@@ -55,16 +43,13 @@ class Scratch {
   // Every file below the folder with its contents: what "nothing else changed" compares.
   std::map<std::string, std::string> snapshot() const {
     std::map<std::string, std::string> out;
-    for (const auto& entry : fs::recursive_directory_iterator(path_)) {
+    for (const auto& entry : fs::recursive_directory_iterator(path())) {
       out[entry.path()] = entry.is_symlink() ? "-> " + fs::read_symlink(entry.path()).string()
-                          : entry.is_regular_file() ? LogFolder::read_file(entry.path())
+                          : entry.is_regular_file() ? read_file(entry.path())
                                                     : "<folder>";
     }
     return out;
   }
-
- private:
-  std::string path_;
 };
 
 const std::string kWriteFailure =
