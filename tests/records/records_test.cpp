@@ -65,7 +65,7 @@ const char* const kFilledPrice =
     "</QuantityToOrder><CoreCost>1.5</CoreCost><CoreList>2.25</CoreList><Cost>10</Cost><List>"
     "19.99</List><Sell>-0.8</Sell><Margin>12.3457</Margin></Price>";
 
-TEST(ICatPrice, SellerIdWriterSwitchesAndRoundTrip) {
+TEST(ICatPrice, SellerIdWriterSwitchesReaderAndRoundTrip) {
   LogFolder logs;  // fresh thread state: both switches off
   auto p = create<ICatPrice>();
   const std::pair<const char16_t*, const char16_t*> sellers[] = {
@@ -104,11 +104,8 @@ TEST(ICatPrice, SellerIdWriterSwitchesAndRoundTrip) {
   p->put_XML(u"<Price><SellerID>77</SellerID></Price>");
   EXPECT_EQ(p->get_SellerID(), u"77");
   EXPECT_TRUE(logs.error_lines().empty());
-}
 
-TEST(ICatPrice, ReaderTakesFlagWordAndLeadingNumbersAndStopsAtOverflow) {
-  LogFolder logs;
-  auto p = create<ICatPrice>();
+  // The reader takes the flag word and leading numbers, and stops at an overflow.
   const std::pair<const char16_t*, bool> flags[] = {
       {u"TRUE", true}, {u"1", false}, {u"truee", false}};
   for (const auto& [text, flag] : flags) {
