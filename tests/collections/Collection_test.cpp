@@ -1,163 +1,116 @@
-// The keyed collection: caseless unique keys, 1-based positions, the four error numbers.
+// The keyed collection (caseless unique keys, 1-based positions, the four error numbers,
+// a key index that small and large collections, additions and removals must not tell
+// apart) and the price, preset and list collections over it: their XML forms, the keys a
+// rebuild gives, get-or-create, duplicates dropped unlogged, and which failures are logged.
+#include "vexqom/Collection.h"
+
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <random>
+#include <string>
+#include <vector>
 
-#include "support/error_number.h"
-#include "vexqom/Collection.h"
-#include "vexqom/error.h"
+#include "support/checks.h"
+#include "support/log_folder.h"
+#include "vexqom/ICatListCol.h"
+#include "vexqom/ICatPresetCol.h"
+#include "vexqom/ICatPriceCol.h"
 
 namespace vexqom {
 namespace {
 
-using testing::error_number_of;
-
-Variant V(const char16_t* text) { return Variant(Text(text)); }
+using namespace testing;
 
 std::vector<Variant> contents(const Collection& c) {
   std::vector<Variant> out;
-  for (size_t i = 0; i < c.size(); ++i) out.push_back(c.at(i));
+  for (Ref<Enumerator> e = c.NewEnum(); out.emplace_back(), e->Next(&out.back());) {
+  }
+  out.pop_back();
   return out;
 }
 
-TEST(Collection, CaselessKeysAndRefusedAddsLeaveItUnchanged) {
+TEST(Collection, CaselessKeysRefusalsAndLookupErrors) {
   auto c = create<Collection>();
-  c->Add(V(u"m"), V(u"Main"));
-  c->Add(V(u"g"), V(u"Ärger"));
-  c->Add(V(u"s"), V(u"ΣΊΣΥΦΟΣ"));
-  c->add(V(u"u"), Text());  // the library's own add: empty means no key
-  EXPECT_EQ(c->Item(V(u"MAIN")), V(u"m"));
-  EXPECT_EQ(c->Item(V(u"äRGER")), V(u"g"));
-  EXPECT_EQ(c->Item(V(u"σίσυφος")), V(u"s")) << "final sigma folds like any sigma";
-
+  c->Add(Variant(u"m"), Variant(u"Main"));
+  c->Add(Variant(u"g"), Variant(u"Ärger"));
+  c->Add(Variant(u"s"), Variant(u"ΣΊΣΥΦΟΣ"));
+  c->Add(Variant(u"u"));                // no key
+  c->Add(Variant(u"b"), Variant(u""));  // through the public Add the empty Text is a real key
+  const std::pair<const char16_t*, const char16_t*> found[] = {
+      {u"MAIN", u"m"}, {u"äRGER", u"g"}, {u"σίσυφος", u"s"}, {u"", u"b"}};  // final sigma too
+  for (auto [key, member] : found) EXPECT_EQ(c->Item(Variant(key)), Variant(member));
   const auto before = contents(*c);
-  EXPECT_EQ(error_number_of([&] { c->Add(V(u"x"), V(u"mAIN")); }), 457);
-  EXPECT_EQ(error_number_of([&] { c->add(V(u"x"), u"ärger"); }), 457);
-  EXPECT_EQ(error_number_of([&] { c->Add(V(u"x"), Variant(int32_t{7})); }), 13);
-  EXPECT_EQ(error_number_of([&] { c->Add(V(u"x"), Variant::null()); }), 13);
+  EXPECT_EQ(error_number_of([&] { c->Add(Variant(u"x"), Variant(u"mAIN")); }), 457);
+  EXPECT_EQ(error_number_of([&] { c->add(Variant(u"x"), u"ärger"); }), 457);
+  EXPECT_EQ(error_number_of([&] { c->Add(Variant(u"x"), Variant(u"")); }), 457);
+  EXPECT_EQ(error_number_of([&] { c->Add(Variant(u"x"), Variant(int32_t{7})); }), 13);
+  EXPECT_EQ(error_number_of([&] { c->Add(Variant(u"x"), Variant::null()); }), 13);
   EXPECT_EQ(contents(*c), before);
 
-  c->Add(V(u"b"), V(u""));  // through the public Add the empty Text is a real key
-  EXPECT_EQ(c->Item(V(u"")), V(u"b"));
-  EXPECT_EQ(error_number_of([&] { c->Add(V(u"x"), V(u"")); }), 457);
-}
-
-TEST(Collection, LookupErrorsAndHalfEvenPositions) {
-  auto c = create<Collection>();
-  for (const char16_t* m : {u"a", u"b", u"c"}) c->Add(V(m));
-  EXPECT_EQ(c->Item(Variant(2.5)), V(u"b"));
-  EXPECT_EQ(c->Item(Variant(1.5)), V(u"b"));
-  EXPECT_EQ(c->Item(Variant(Currency::from_double(2.6))), V(u"c"));
-
+  // Positions round halves to even; lookups and removals fail alike.
+  EXPECT_EQ(c->Item(Variant(2.5)), Variant(u"g"));
+  EXPECT_EQ(c->Item(Variant(1.5)), Variant(u"g"));
+  EXPECT_EQ(c->Item(Variant(Currency::from_double(2.6))), Variant(u"s"));
   const std::pair<Variant, int32_t> cases[] = {
-      {V(u"absent"), 5}, {V(u"1"), 5},  {Variant(int32_t{0}), 9}, {Variant(int16_t{4}), 9},
-      {Variant(0.5), 9}, {Variant(3.5), 9}, {Variant(1e20), 9},     {Variant(true), 9},
-      {Variant(), 5},    {Variant::null(), 94}, {Variant(Ref<Object>(c)), 13}};
-  for (size_t i = 0; i < std::size(cases); ++i) {
-    EXPECT_EQ(error_number_of([&] { c->Item(cases[i].first); }), cases[i].second) << "case " << i;
-    EXPECT_EQ(error_number_of([&] { c->Remove(cases[i].first); }), cases[i].second) << "case " << i;
+      {Variant(u"absent"), 5}, {Variant(u"1"), 5}, {Variant(int32_t{0}), 9},
+      {Variant(int16_t{6}), 9}, {Variant(0.5), 9}, {Variant(5.5), 9}, {Variant(), 5}, {Variant::null(), 94}, {Variant(Ref<Object>(c)), 13}};
+  for (const auto& [index, number] : cases) {
+    EXPECT_EQ(error_number_of([&] { c->Item(index); }), number);
+    EXPECT_EQ(error_number_of([&] { c->Remove(index); }), number);
   }
-  EXPECT_EQ(contents(*c), (std::vector<Variant>{V(u"a"), V(u"b"), V(u"c")}));
+  EXPECT_EQ(contents(*c), before);
 }
 
 TEST(Collection, RemovalClosesUpPositionsAndFreesKeys) {
   auto c = create<Collection>();
-  c->add(V(u"a"), u"KA");
-  c->add(V(u"b"), Text());
-  c->add(V(u"c"), u"KC");
-  c->add(V(u"d"), u"KD");
-  c->Remove(V(u"ka"));
-  EXPECT_EQ(c->Item(Variant(int32_t{2})), V(u"c"));
+  for (auto [member, key] : {std::pair{u"a", u"KA"}, {u"b", u""}, {u"c", u"KC"}, {u"d", u"KD"}})
+    c->add(Variant(member), key);
+  c->Remove(Variant(u"ka"));
+  EXPECT_EQ(c->Item(Variant(int32_t{2})), Variant(u"c"));
   c->Remove(Variant(int32_t{2}));
-  EXPECT_EQ(contents(*c), (std::vector<Variant>{V(u"b"), V(u"d")}));
-  EXPECT_EQ(error_number_of([&] { c->Item(V(u"KC")); }), 5) << "the key went with its member";
-  EXPECT_EQ(c->Item(V(u"kd")), V(u"d"));
-  c->add(V(u"a2"), u"ka");  // a freed key can be taken again
-
+  EXPECT_EQ(contents(*c), (std::vector<Variant>{Variant(u"b"), Variant(u"d")}));
+  EXPECT_EQ(error_number_of([&] { c->Item(Variant(u"KC")); }), 5);  // gone with its member
+  c->add(Variant(u"a2"), u"ka");  // a freed key can be taken again
   auto snapshot = c->NewEnum();
   EXPECT_EQ(c->remove_if([](const Variant& v) { return v.text() != u"d"; }), 2u);
-  EXPECT_EQ(c->Item(Variant(int32_t{1})), V(u"d"));
-  EXPECT_EQ(error_number_of([&] { c->Item(V(u"KA")); }), 5);
+  EXPECT_EQ(contents(*c), std::vector<Variant>{Variant(u"d")});
+  EXPECT_EQ(error_number_of([&] { c->Item(Variant(u"KA")); }), 5);
   std::vector<Variant> seen;
   for (Variant v; snapshot->Next(&v);) seen.push_back(v);
-  EXPECT_EQ(seen, (std::vector<Variant>{V(u"b"), V(u"d"), V(u"a2")}));
+  EXPECT_EQ(seen, (std::vector<Variant>{Variant(u"b"), Variant(u"d"), Variant(u"a2")}));
 }
 
-// Small collections scan their few keys and larger ones index them: lookups, refusals and
-// removals must not tell the two apart, across the change and after the slots are squeezed.
-TEST(Collection, KeysBehaveAlikeScannedAndIndexed) {
-  auto c = create<Collection>();
-  auto key = [](int i) {  // short keys live inside their entry, long ones outside
-    return (i % 2 ? u"k" : u"a rather long key number ") + integer_text(i);
-  };
-  for (int n = 0; n < 80; ++n) {
-    c->Add(Variant(n), Variant(key(n)));
-    ASSERT_EQ(error_number_of([&] { c->Add(Variant(-1), Variant(upper_case(key(n)))); }), 457) << n;
-    ASSERT_EQ(error_number_of([&] { c->add(Variant(-1), key(n / 2)); }), 457) << n;
-    ASSERT_EQ(c->Count(), n + 1);
-    for (int i = 0; i <= n; ++i) {
-      ASSERT_EQ(c->Item(Variant(upper_case(key(i)))).long_value(), i) << n << " " << i;
-    }
-    ASSERT_EQ(c->find(Variant(key(n + 1))), nullptr);
-  }
-  // Every other member goes by key: more than half of the slots empty, so they are squeezed.
-  for (int n = 0; n < 80; n += 2) c->Remove(Variant(key(n)));
-  c->Remove(Variant(int32_t{1}));  // "k1", by position
-  EXPECT_EQ(c->Count(), 39);
-  for (int n = 3; n < 80; n += 2) EXPECT_EQ(c->Item(Variant(key(n))).long_value(), n);
-  EXPECT_EQ(error_number_of([&] { c->Item(Variant(key(1))); }), 5);
-  c->Add(Variant(1001), Variant(key(0)));  // freed keys are free again
-  EXPECT_EQ(c->Item(Variant(key(0))).long_value(), 1001);
-
-  auto few = create<Collection>();
-  for (int n = 0; n < 5; ++n) few->add(Variant(n), key(n));
-  few->Remove(Variant(key(2)));
-  few->Remove(Variant(int32_t{1}));
-  EXPECT_EQ(error_number_of([&] { few->Item(Variant(key(2))); }), 5);
-  EXPECT_EQ(error_number_of([&] { few->Item(Variant(key(0))); }), 5);
-  few->add(Variant(7), key(2));
-  EXPECT_EQ(few->Item(Variant(key(2))).long_value(), 7);
-  EXPECT_EQ(few->Item(Variant(key(4))).long_value(), 4);
-  EXPECT_EQ(error_number_of([&] { few->add(Variant(8), key(3)); }), 457);
-  EXPECT_EQ(few->Count(), 4);
-
-  // Room taken ahead indexes the keys already there and every one after them.
-  few->reserve(100);
-  for (int n = 10; n < 40; ++n) few->add(Variant(n), key(n));
-  EXPECT_EQ(error_number_of([&] { few->add(Variant(8), upper_case(key(4))); }), 457);
-  EXPECT_EQ(error_number_of([&] { few->add(Variant(8), key(39)); }), 457);
-  EXPECT_EQ(few->Count(), 34);
-  EXPECT_EQ(few->Item(Variant(key(2))).long_value(), 7);
-  EXPECT_EQ(few->Item(Variant(int32_t{5})).long_value(), 10);
-  EXPECT_EQ(few->Item(Variant(key(39))).long_value(), 39);
-}
-
-// Removals leave holes that are counted past and later squeezed out; a model list checks
-// every position, key and enumeration after a long random mix of adds and removals.
-TEST(Collection, PositionsStayExactThroughManyRemovals) {
+// Small collections scan their few keys and larger ones index them; removals leave holes
+// that are counted past and later squeezed out, and the index closes up behind them. A model
+// list checks positions, keys (short ones kept in their entry, long ones outside it) and the
+// enumeration through a long random mix of adds, refused adds and removals.
+TEST(Collection, PositionsAndKeysStayExactThroughManyRemovals) {
   std::mt19937 rng(7);
   auto c = create<Collection>();
   std::vector<std::pair<int32_t, Text>> model;  // value, key
-  int32_t next = 0;
-  for (int step = 0; step < 4000; ++step) {
+  for (int32_t next = 0, step = 0; step < 6000; ++step) {
     const unsigned op = rng() % 10;
     if (op < 5 || model.empty()) {
-      const Text key = u"k" + integer_text(next);
-      c->Add(Variant(next), Variant(key));
-      model.emplace_back(next++, key);
+      const Text key = (rng() % 2 ? u"k" : u"a long key, number ") + integer_text(rng() % 3000);
+      const bool taken =
+          std::any_of(model.begin(), model.end(), [&](auto& m) { return m.second == key; });
+      ASSERT_EQ(error_number_of([&] { c->Add(Variant(next), Variant(key)); }), taken ? 457 : 0);
+      if (!taken) model.emplace_back(next++, key);
     } else if (op < 9) {
       const size_t at = rng() % model.size();
-      const Text& key = model[at].second;
-      if (op < 7 || key.empty()) {
+      if (op < 7 || model[at].second.empty()) {
         c->Remove(Variant(static_cast<int32_t>(at + 1)));
       } else {
-        c->Remove(Variant(upper_case(key)));
+        c->Remove(Variant(upper_case(model[at].second)));
       }
       model.erase(model.begin() + static_cast<std::ptrdiff_t>(at));
     } else {
-      c->Add(Variant(next++));  // no key
-      model.emplace_back(next - 1, Text());
+      c->Add(Variant(next));  // no key
+      model.emplace_back(next++, Text());
     }
+    if (step == 3000) c->reserve(5000);  // room taken ahead indexes every key already there
     ASSERT_EQ(c->Count(), static_cast<int32_t>(model.size()));
     if (model.empty()) continue;
     const size_t probe = rng() % model.size();
@@ -166,14 +119,242 @@ TEST(Collection, PositionsStayExactThroughManyRemovals) {
       ASSERT_EQ(c->Item(Variant(model[probe].second)).long_value(), model[probe].first);
     }
   }
-  for (size_t i = 0; i < model.size(); ++i) EXPECT_EQ(c->at(i).long_value(), model[i].first);
-  std::vector<int32_t> walked;
-  Ref<Enumerator> e = c->NewEnum();
-  for (Variant v; e->Next(&v);) walked.push_back(v.long_value());
-  ASSERT_EQ(walked.size(), model.size());
-  for (size_t i = 0; i < model.size(); ++i) EXPECT_EQ(walked[i], model[i].first);
-  // A removed key is free again and an absent one still raises 5.
-  EXPECT_THROW(c->Item(V(u"k0-absent")), Error);
+  std::vector<Variant> expected;
+  for (const auto& m : model) expected.emplace_back(m.first);
+  EXPECT_EQ(contents(*c), expected);
+}
+
+Text prices(const char16_t* count, std::initializer_list<std::array<const char16_t*, 3>> list) {
+  Text out = Text(u"<Prices><Count>") + count + u"</Count><Collection>";
+  for (const auto& [location, seller, rank] : list) {
+    out += Text(u"<Price><Location>") + location + u"</Location><SellerID>" + seller +
+           u"</SellerID><Rank>" + rank + u"</Rank></Price>";
+  }
+  return out + u"</Collection></Prices>";
+}
+
+TEST(ICatPriceCol, XmlFormAndTheKeysARebuildGives) {
+  testing::LogFolder logs;  // fresh thread state: both switches off
+  auto col = create<ICatPriceCol>();
+  EXPECT_EQ(u8(col->get_XML()), "<Prices><Count>0</Count><Collection></Collection></Prices>");
+  testing::WriterSwitches::set(true);
+  EXPECT_EQ(u8(col->get_XML()), "<Prices></Prices>");
+  col->Add(create<ICatPrice>(), u"MAIN");
+  col->Add(create<ICatPrice>());
+  EXPECT_EQ(u8(col->get_XML()),
+            "<Prices><Count>2</Count><Collection><Price><UrgentFlag>False</UrgentFlag></Price>"
+            "<Price><UrgentFlag>False</UrgentFlag></Price></Collection></Prices>");
+
+  // The first of each key stays, a seller's price is JOBBER, and each drop is logged.
+  col->put_XML(prices(u"7", {{u"EAST", u"#1", u"a"},
+                             {u"MAIN", u"", u"b"}, {u"WEST", u"2", u"c"}, {u"main", u"", u"d"},
+                             {u"jobber", u"", u"e"}, {u"", u"", u"f"},
+                             {u"", u"", u"g"}}));
+  ASSERT_EQ(col->get_Count(), 4);
+  EXPECT_EQ(col->get_Item(Variant(u"JOBBER"))->get_Rank() +
+                col->get_Item(Variant(u"MAIN"))->get_Rank() +
+                col->get_Item(Variant(int32_t{4}))->get_Rank(),
+            u"abg");
+  const std::string dropped =
+      "ICatPriceCol | Add, Error # 457 at line: 1][This key is already associated with an "
+      "element of this collection";
+  EXPECT_EQ(logs.error_messages(), std::vector<std::string>(3, dropped));
+
+  // "Count" is trusted and rounded halves to even; absent elements give empty prices.
+  const std::initializer_list<std::array<const char16_t*, 3>> three = {
+      {u"A", u"", u"1"}, {u"B", u"", u"2"}, {u"C", u"", u"3"}};
+  col->put_XML(prices(u"2.5", three));
+  EXPECT_EQ(col->get_Count(), 2);
+  col->put_XML(prices(u"3.5", three));
+  EXPECT_EQ(col->get_Item(Variant(int32_t{4}))->get_Location(), u"");
+  EXPECT_EQ(error_number_of([&] { col->put_XML(prices(u"40000", three)); }), 6);
+  EXPECT_EQ(logs.error_messages().back(), "ICatPriceCol | Let XML, Error # 6 at line: 4][Overflow");
+  col->put_XML(Text());
+  EXPECT_EQ(col->get_Count(), 0);
+}
+
+TEST(ICatPriceCol, LookupsCreateOrFailUnloggedWhileAddLogs) {
+  testing::LogFolder logs;
+  logs.create_trace_flag();
+  auto col = create<ICatPriceCol>();
+  col->Add(create<ICatPrice>(), u"MAIN");
+  col->Add(Ref<ICatPrice>());  // an empty reference is a member too
+  auto north = col->get_Item(Variant(u"NORTH"));
+  EXPECT_EQ(north->get_Location(), u"NORTH");
+  EXPECT_EQ(col->get_Item(Variant(u"north")), north);  // created once, found after
+  EXPECT_EQ(col->get_Count(), 3);
+  EXPECT_EQ(error_number_of([&] { col->get_Item(Variant(int32_t{5})); }), 13);
+  EXPECT_EQ(error_number_of([&] { col->Remove(Variant(u"SOUTH")); }), 5);
+  Variant first;
+  EXPECT_TRUE(col->get_NewEnum()->Next(&first) && first.object() == col->get_Item(Variant(1.0)));
+  EXPECT_TRUE(logs.error_lines().empty());
+  EXPECT_EQ(error_number_of([&] { col->Add(create<ICatPrice>(), u"Main"); }), 457);  // traced on
+  EXPECT_EQ(error_number_of([&] { col->get_XML(); }), 91);  // the empty member has no XML
+  col->Clear(true);
+  // Neither of these has a handler.
+  EXPECT_EQ(error_number_of([&] { col->get_Count(); }), 91);
+  EXPECT_EQ(error_number_of([&] { col->get_Item(Variant(u"A")); }), 91);
+  EXPECT_EQ(logs.error_lines().size(), 2u);
+  col->put_XML(prices(u"1", {{u"Z", u"", u""}}));
+  EXPECT_EQ(col->get_Count(), 1);
+  EXPECT_EQ(logs.traced("ICatPriceCol |"),
+            (std::vector<std::string>{"ICatPriceCol | Get XML", "ICatPriceCol | Clear",
+                                      "ICatPriceCol | Let XML", "ICatPriceCol | Add"}));
+}
+
+const std::string kDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>";
+const std::string kUnset = "Object variable or With block variable not set";
+
+TEST(ICatPreset, RecordFollowsTheThreadSwitchesAndReadsAnyRoot) {
+  LogFolder logs;
+  auto p = create<ICatPreset>();
+  p->put_Category(u"Engine");
+  p->put_Description(u"A&B");
+  WriterSwitches switches(false);
+  EXPECT_EQ(u8(p->get_XML()),
+            "<ICatPreset><Category>Engine</Category><Group></Group>"
+            "<Description>A&amp;B</Description></ICatPreset>");
+  WriterSwitches::set(true);
+  const Text on = p->get_XML();
+  EXPECT_EQ(
+      u8(on),
+      "<ICatPreset><Category>Engine</Category><Description>A&amp;B</Description></ICatPreset>");
+  auto copy = create<ICatPreset>();
+  // Any root will do; fields the text lacks are emptied, blanks around values go.
+  copy->put_XML(u"<Other><Group>  Spark Plugs </Group></Other>");
+  EXPECT_EQ(copy->get_Category() + u"|" + copy->get_Group() + u"|" + copy->get_Description(),
+            u"|Spark Plugs|");
+  EXPECT_TRUE(logs.error_lines().empty());
+}
+
+TEST(ICatPresetCol, AddsToleratePresentKeysAndRebuildsKeyByTheJoinedFields) {
+  LogFolder logs;
+  logs.create_trace_flag();
+  WriterSwitches switches(false);  // the collection's own settings do not follow them
+  auto col = create<ICatPresetCol>();
+  EXPECT_EQ(u8(col->get_XML()), "<ICatPresetCol><Vehicle></Vehicle></ICatPresetCol>");
+  auto first = col->Add(u"Engine", u"Spark Plugs", u"", u"K");
+  auto second = col->Add(u"Engine", u"Spark Plugs", u"", u"k");
+  EXPECT_TRUE(second && second != first);  // the new preset is returned although not held
+  auto other = create<ICatPreset>();
+  EXPECT_EQ(col->AddObject(other, u"K"), other);  // returned, not added
+  EXPECT_FALSE(col->AddObject(Ref<ICatPreset>(), u"E"));
+  EXPECT_EQ(col->AddObject(other), other);
+  EXPECT_EQ(col->AddObject(other), other);  // without key the same record may join twice
+  EXPECT_EQ(col->get_Count(), 3);
+  // The member list's own errors pass through unlogged.
+  EXPECT_EQ(error_number_of([&] { col->get_Item(Variant(u"absent")); }), 5);
+  EXPECT_EQ(error_number_of([&] { col->Remove(Variant(int32_t{4})); }), 9);
+  col->Remove(Variant(u"k"));
+  EXPECT_EQ(col->get_Item(Variant(int32_t{2})), other);
+  EXPECT_TRUE(logs.error_lines().empty());
+
+  col->Add(u"A", u"BC", u"");
+  col->Add(u"AB", u"C", u"");  // the same joined key as the one before
+  col->get_Vehicle()->put_Make(u"Ford");
+  const Text text = col->get_XML();
+  const std::string empty =
+      "<ICatPreset><Category></Category><Group></Group><Description></Description></ICatPreset>";
+  EXPECT_EQ(u8(text), "<ICatPresetCol><Count>4</Count><Collection>" + empty + empty +
+                          "<ICatPreset><Category>A</Category><Group>BC</Group><Description>"
+                          "</Description></ICatPreset><ICatPreset><Category>AB</Category><Group>C"
+                          "</Group><Description></Description></ICatPreset></Collection><Vehicle>"
+                          "<Make>Ford</Make></Vehicle></ICatPresetCol>");
+  // The trusted Count and the load's own vehicle: the item document's tests (one reader).
+  col->put_XML(text);
+  ASSERT_EQ(col->get_Count(), 3);  // no key, no clash: both empty ones stay
+  EXPECT_EQ(col->get_Item(Variant(u"abc"))->get_Category(), u"A");
+  EXPECT_EQ(error_number_of([&] { col->get_Item(Variant(u"")); }), 5);
+  EXPECT_TRUE(logs.error_lines().empty());  // duplicates are dropped without a log line
+
+  col->putref_Vehicle(Ref<ICatVehicle>());
+  const std::string failure = "ICatPresetCol | Get XML, Error # 91 at line: 8";
+  EXPECT_EQ(failure_of([&] { col->get_XML(); }), "91 " + failure + "\r\n" + kUnset);
+  EXPECT_EQ(logs.error_messages(), std::vector<std::string>{failure + "][" + kUnset});
+  col->put_XML(Text());  // a rebuild brings a vehicle again; traced under one label each way
+  EXPECT_EQ(col->get_Vehicle()->get_Make() + integer_text(col->get_Count()), u"0");
+  col->Add(u"", u"", u"");
+  col->get_XML();
+  EXPECT_EQ(logs.traced("ICatPreset"),
+            (std::vector<std::string>{"ICatPresetCol | Let XML", "ICatPresetCol | Add",
+                                      "ICatPresetCol | Get XML", "ICatPreset | XML"}));
+}
+
+TEST(ICatList, WholeDocumentWithSwitchesIgnoredAndIdByItsLeadingNumber) {
+  LogFolder logs;
+  WriterSwitches off(false);  // the list writer ignores them
+  auto entry = create<ICatList>();
+  EXPECT_EQ(u8(entry->get_XML()), kDeclaration + "<ICatList></ICatList>");
+  entry->put_ID(-3);
+  entry->put_Heading(u"<&>");
+  EXPECT_EQ(u8(entry->get_XML()),
+            kDeclaration + "<ICatList><ListID>-3</ListID><Heading><&></Heading></ICatList>");
+  auto copy = create<ICatList>();
+  copy->put_XML(entry->get_XML());
+  EXPECT_EQ(integer_text(copy->get_ID()) + copy->get_Heading(), u"-3<&>");
+  // Halves to even; no number reads as 0.
+  const std::pair<const char16_t*, int32_t> ids[] = {
+      {u"2.5", 2}, {u"3.5", 4}, {u" 7 boxes", 7}, {u"none", 0}, {u"-1.5", -2}};
+  for (const auto& [text, id] : ids) {
+    copy->put_XML(Text(u"<ICatList><ListID>") + text + u"</ListID></ICatList>");
+    EXPECT_EQ(copy->get_ID(), id) << u8(text);
+    EXPECT_EQ(copy->get_Heading(), u"");
+  }
+  EXPECT_TRUE(logs.error_lines().empty());
+  EXPECT_EQ(error_number_of([&] { copy->put_XML(u"<ListID>3000000000</ListID>"); }), 6);
+  EXPECT_EQ(logs.error_messages(),
+            std::vector<std::string>{"ICatList | XML, Error # 6 at line: 4][Overflow"});
+}
+
+Text list_col(const char16_t* count, std::initializer_list<const char16_t*> ids) {
+  Text out = Text(u"<ICatListCol><Count>") + count + u"</Count><Collection>";
+  int n = 0;
+  for (const char16_t* id : ids) {
+    out += from_utf8(kDeclaration) + u"<ICatList><ListID>" + id + u"</ListID><Heading>H" +
+           integer_text(++n) + u"</Heading></ICatList>";
+  }
+  return out + u"</Collection></ICatListCol>";
+}
+
+TEST(ICatListCol, OnlyARebuildKeysPositiveIdsAndDropsLaterDuplicates) {
+  LogFolder logs;
+  logs.create_trace_flag();
+  auto col = create<ICatListCol>();
+  EXPECT_EQ(u8(col->get_XML()), "<ICatListCol><Vehicle></Vehicle></ICatListCol>");
+  EXPECT_EQ(col->Add(u"Exhaust", 12)->get_ID(), 12);
+  col->Add(u"Brakes", 0);
+  // Add gives no key of its own; a present key is tolerated and the entry returned.
+  EXPECT_EQ(error_number_of([&] { col->get_Item(Variant(u"I#12")); }), 5);
+  col->Add(u"First", 1, u"K");
+  EXPECT_EQ(col->Add(u"Second", 2, u"k")->get_Heading(), u"Second");
+  EXPECT_EQ(col->get_Item(Variant(u"K"))->get_Heading(), u"First");
+  auto entry = create<ICatList>();
+  EXPECT_EQ(col->AddObject(entry, u"K"), entry);
+  EXPECT_FALSE(col->AddObject(Ref<ICatList>(), u"X"));
+  EXPECT_EQ(col->get_Count(), 3);
+  col->Remove(Variant(u"k"));
+  EXPECT_EQ(error_number_of([&] { col->Remove(Variant(u"absent")); }), 5);
+  EXPECT_EQ(u8(col->get_XML()),
+            "<ICatListCol><Count>2</Count><Collection>" + kDeclaration +
+                "<ICatList><ListID>12</ListID><Heading>Exhaust</Heading></ICatList>" +
+                kDeclaration + "<ICatList><Heading>Brakes</Heading></ICatList>" +
+                "</Collection><Vehicle></Vehicle></ICatListCol>");
+  col->put_XML(list_col(u"5", {u"7", u"-7", u"7", u"0", u"-7"}));
+  // Only the second ID 7 is dropped; negative and zero IDs carry no key.
+  ASSERT_EQ(col->get_Count(), 4);
+  EXPECT_EQ(col->get_Item(Variant(u"i#7"))->get_Heading(), u"H1");
+  EXPECT_EQ(col->get_Item(Variant(int32_t{4}))->get_Heading(), u"H5");
+  Variant first;
+  EXPECT_TRUE(col->get_NewEnum()->Next(&first) && first.object() == col->get_Item(Variant(u"I#7")));
+  EXPECT_EQ(error_number_of([&] { col->get_Item(Variant(u"I#-7")); }), 5);
+  EXPECT_TRUE(logs.error_lines().empty());  // dropped entries leave no log line
+  col->putref_Vehicle(Ref<ICatVehicle>());
+  EXPECT_EQ(error_number_of([&] { col->get_XML(); }), 91);  // starts tracing
+  EXPECT_EQ(logs.error_messages(),
+            std::vector<std::string>{"ICatListCol | Get XML, Error # 91 at line: 8][" + kUnset});
+  col->Add(u"Exhaust", 12)->put_XML(entry->get_XML());
+  EXPECT_EQ(logs.traced("ICatList"),
+            (std::vector<std::string>{"ICatListCol | Add", "ICatList | XML", "ICatList | XML"}));
 }
 
 }  // namespace

@@ -1,94 +1,61 @@
-// The procedure convention and the diagnostic logs as a host sees them.
+// The procedure convention, the diagnostic logs as a host sees them, and the file, user,
+// clock and text procedures of the standard module.
+#include "frame/procedure.h"
+
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <utime.h>
 
 #include <filesystem>
+#include <functional>
 #include <regex>
-#include <thread>
 
 #include "frame/diagnostics.h"
-#include "frame/procedure.h"
+#include "frame/file_procedures.h"
+#include "frame/text_procedures.h"
+#include "support/checks.h"
 #include "support/log_folder.h"
 
 namespace vexqom {
 namespace {
 
-using testing::LogFolder;
-using testing::log_message;
+using namespace testing;
 
 ErrorState g_state;
 
-void innermost() {
-  run_procedure(g_state, u"Inner | Three", Trace::Yes, [&](int& line) {
-    line = 1;
-    line = 2;
-    throw Error(errc::kOverflow);
-  });
-}
-void middle() {
-  run_procedure(g_state, u"Middle | Two", Trace::Yes, [&](int& line) {
-    line = 4;
-    innermost();
-  });
-}
-void outermost() {
-  run_procedure(g_state, u"Outer | One", Trace::Yes, [&](int& line) {
-    line = 7;
-    middle();
+// A procedure at `at` around `inner`, as nested library calls are.
+void level(const char16_t* label, int at, const std::function<void()>& inner) {
+  run_procedure(g_state, label, Trace::Yes, [&](int& line) {
+    line = at;
+    inner();
   });
 }
 
-TEST(ProcedureConvention, FailureIsLoggedOnceAndRaisedWithComposedMessage) {
+TEST(ProcedureConvention, EachLevelAddsOneLabelLineAndLogsOnce) {
   LogFolder logs;
   ErrorState state;
-  auto fail = [&] {
+  const std::string composed = "ICatThing | Let XML, Error # 13 at line: 3\r\nType mismatch";
+  try {
     run_procedure(state, u"ICatThing | Let XML", Trace::No, [&](int& line) {
       line = 3;
       throw Error(errc::kTypeMismatch);
     });
-  };
-  try {
-    fail();
-    FAIL() << "no error raised";
   } catch (const Error& e) {
-    EXPECT_EQ(e.number(), 13);
-    EXPECT_EQ(e.source(), u"vexqom_PLUMEK2");
-    EXPECT_EQ(to_utf8(e.description()),
-              "ICatThing | Let XML, Error # 13 at line: 3\r\nType mismatch");
+    EXPECT_EQ(std::to_string(e.number()) + u8(u" " + e.source() + u" " + e.description()),
+              "13 vexqom_PLUMEK2 " + composed);
   }
   EXPECT_EQ(state.LastErrorNumber, 13);
-  EXPECT_EQ(to_utf8(state.LastErrorMessage),
-            "ICatThing | Let XML, Error # 13 at line: 3\r\nType mismatch");
-  auto lines = logs.error_lines();
-  ASSERT_EQ(lines.size(), 1u);
-  EXPECT_EQ(log_message(lines[0]), "ICatThing | Let XML, Error # 13 at line: 3][Type mismatch");
-
-  EXPECT_THROW(fail(), Error);
-  EXPECT_EQ(logs.error_lines().size(), 2u);
-}
-
-TEST(ProcedureConvention, ChainsAddOneLabelLineAndOneLogLinePerLevel) {
-  LogFolder logs;
-  try {
-    outermost();
-    FAIL();
-  } catch (const Error& e) {
-    EXPECT_EQ(e.number(), 6);
-    EXPECT_EQ(to_utf8(e.description()),
-              "Outer | One, Error # 6 at line: 7\r\n"
-              "Middle | Two, Error # 6 at line: 4\r\n"
-              "Inner | Three, Error # 6 at line: 2\r\n"
-              "Overflow");
-  }
-  auto lines = logs.error_lines();
-  ASSERT_EQ(lines.size(), 3u);
-  EXPECT_EQ(log_message(lines[0]), "Inner | Three, Error # 6 at line: 2][Overflow");
-  EXPECT_EQ(log_message(lines[1]),
-            "Middle | Two, Error # 6 at line: 4][Inner | Three, Error # 6 at line: 2][Overflow");
-  EXPECT_EQ(log_message(lines[2]),
-            "Outer | One, Error # 6 at line: 7][Middle | Two, Error # 6 at line: 4]["
-            "Inner | Three, Error # 6 at line: 2][Overflow");
+  EXPECT_EQ(testing::u8(state.LastErrorMessage), composed);
+  auto three = [] { level(u"Inner | Three", 2, [] { throw Error(errc::kOverflow); }); };
+  auto two_three = [&] { level(u"Middle | Two", 4, three); };
+  EXPECT_EQ(failure_of([&] { level(u"Outer | One", 7, two_three); }),
+            "6 Outer | One, Error # 6 at line: 7\r\nMiddle | Two, Error # 6 at line: 4\r\n"
+            "Inner | Three, Error # 6 at line: 2\r\nOverflow");
+  const std::string inner = "Inner | Three, Error # 6 at line: 2][Overflow";
+  const std::string two = "Middle | Two, Error # 6 at line: 4][" + inner;
+  EXPECT_EQ(logs.error_messages(),
+            (std::vector<std::string>{"ICatThing | Let XML, Error # 13 at line: 3][Type mismatch",
+                                      inner, two, "Outer | One, Error # 6 at line: 7][" + two}));
 }
 
 TEST(ErrorLog, LineLayoutTimestampUserFieldAndTrimming) {
@@ -104,130 +71,143 @@ TEST(ErrorLog, LineLayoutTimestampUserFieldAndTrimming) {
   EXPECT_EQ(m[1].str(), "first][second\rthird\nfourth");
   ASSERT_TRUE(std::regex_match(lines[1], m, layout)) << lines[1];
   EXPECT_EQ(m[1].str(), "") << "a message of blanks gives an empty message part";
-  // The user field is the logon name padded to exactly 12 characters.
-  std::string user = lines[0].substr(18, 12);
-  EXPECT_EQ(user.size(), 12u);
-  EXPECT_NE(user, std::string(12, ' '));
+  EXPECT_NE(lines[0].substr(18, 12), std::string(12, ' ')) << "the logon name, padded to 12";
   EXPECT_EQ(LogFolder::read_file(logs.error_log_path()).back(), '\n');
 }
 
-TEST(ErrorLog, UnwritableFolderStillDeliversTheComposedError) {
-  LogFolder logs;
-  // A library folder that does not exist: the log cannot be opened.
-  diag::set_library_file_override(logs.path() + "/missing/libvexqom_PLUMEK2.so");
-  diag::reset_thread_state_for_testing();
-  ErrorState state;
-  try {
-    run_procedure(state, u"X | Y", Trace::No, [&](int& line) {
-      line = 1;
-      throw Error(errc::kSubscriptOutOfRange);
-    });
-    FAIL();
-  } catch (const Error& e) {
-    EXPECT_EQ(e.number(), 9);
-    EXPECT_EQ(to_utf8(e.description()), "X | Y, Error # 9 at line: 1\r\nSubscript out of range");
+TEST(TraceLog, StartsAfterTheFirstLoggedErrorOfTheThreadAndOnlyWithTheFlag) {
+  {
+    LogFolder logs;
+    diag::ErrorLog_Write(u"first error");
+    EXPECT_FALSE(diag::TraceActive());
+    run_procedure(g_state, u"T | Traced", Trace::Yes, [](int&) {});
+    EXPECT_FALSE(std::filesystem::exists(logs.trace_log_path())) << "no flag, no tracing";
   }
-  EXPECT_FALSE(std::filesystem::exists(logs.path() + "/missing"));
-}
-
-TEST(TraceLog, StartsOnlyAfterTheFirstLoggedErrorOfTheThread) {
   LogFolder logs;
   logs.create_trace_flag();
   ErrorState state;
   auto traced = [&] { run_procedure(state, u"T | Traced", Trace::Yes, [](int&) {}); };
   traced();
   EXPECT_TRUE(logs.trace_lines().empty()) << "no trace before the first error";
-  EXPECT_THROW(run_procedure(state, u"T | Failing", Trace::Yes,
-                             [](int&) { throw Error(errc::kOverflow); }),
-               Error);
+  EXPECT_THROW(
+      run_procedure(state, u"T | Failing", Trace::Yes, [](int&) { throw Error(errc::kOverflow); }),
+      Error);
   EXPECT_TRUE(logs.trace_lines().empty()) << "the failing entry came before initialisation";
   traced();
   traced();
+  run_procedure(state, u"T | Untraced", Trace::No, [](int&) {});
   auto lines = logs.trace_lines();
   ASSERT_EQ(lines.size(), 2u);
   EXPECT_TRUE(std::regex_match(lines[0], std::regex(R"(^\d{8}\|\d{2}:\d{2}:\d{2} T \| Traced$)")))
       << lines[0];
-  run_procedure(state, u"T | Untraced", Trace::No, [](int&) {});
-  EXPECT_EQ(logs.trace_lines().size(), 2u);
-}
-
-TEST(TraceLog, NoFlagFileMeansNoTracing) {
-  LogFolder logs;
-  diag::ErrorLog_Write(u"first error");
-  EXPECT_FALSE(diag::TraceActive());
-  run_procedure(g_state, u"T | Traced", Trace::Yes, [](int&) {});
-  EXPECT_FALSE(std::filesystem::exists(logs.trace_log_path()));
 }
 
 TEST(TraceLog, StaleOrOversizedLogIsDiscardedAtInitialisation) {
-  struct Case {
-    size_t size;
-    bool yesterday;
-    bool kept;
-  };
-  for (Case c : {Case{1048576, false, true}, Case{1048577, false, false},
-                 Case{10, true, false}, Case{10, false, true}}) {
+  for (auto [size, yesterday, kept] : {std::tuple{1048576, false, true}, {1048577, false, false},
+                                       {10, true, false}, {10, false, true}}) {
     LogFolder logs;
     logs.create_trace_flag();
-    LogFolder::write_file(logs.trace_log_path(), std::string(c.size, 'x'));
-    if (c.yesterday) {
-      struct utimbuf times;
-      times.actime = times.modtime = time(nullptr) - 26 * 3600;
-      utime(logs.trace_log_path().c_str(), &times);
-    }
+    LogFolder::write_file(logs.trace_log_path(), std::string(size, 'x'));
+    struct utimbuf times;
+    times.actime = times.modtime = time(nullptr) - 26 * 3600;
+    if (yesterday) utime(logs.trace_log_path().c_str(), &times);
     diag::LogFiles_Init();
-    EXPECT_EQ(std::filesystem::exists(logs.trace_log_path()), c.kept)
-        << c.size << " bytes, yesterday=" << c.yesterday;
+    EXPECT_EQ(std::filesystem::exists(logs.trace_log_path()), kept) << size << " " << yesterday;
   }
 }
 
-TEST(DiagnosticState, EachThreadStartsWithItsOwnPathsAndSwitches) {
-  LogFolder logs;
-  logs.create_trace_flag();
-  diag::ErrorLog_Write(u"main thread error");
-  diag::thread_state().XMLCompress = true;
-  ASSERT_TRUE(diag::TraceActive());
-  ASSERT_FALSE(diag::thread_state().ErrorLogPath.empty());
-
-  constexpr int kThreads = 4;
-  std::vector<int> fresh(kThreads, 0), initialised(kThreads, 0);
-  std::vector<std::thread> threads;
-  for (int t = 0; t < kThreads; ++t) {
-    threads.emplace_back([&, t] {
-      const diag::ThreadState& st = diag::thread_state();
-      fresh[t] = st.ErrorLogPath.empty() && st.TraceLogPath.empty() && !diag::TraceActive() &&
-                 !st.TraceToFile && !st.XMLCompress && !st.XMLZeroSuppress;
-      diag::ErrorLog_Write(u"worker error");
-      initialised[t] = !st.ErrorLogPath.empty() && diag::TraceActive();
-    });
-  }
-  for (auto& th : threads) th.join();
-  for (int t = 0; t < kThreads; ++t) {
-    EXPECT_TRUE(fresh[t]) << "thread " << t;
-    EXPECT_TRUE(initialised[t]) << "thread " << t;
-  }
-  EXPECT_TRUE(diag::thread_state().XMLCompress) << "workers did not touch this thread";
-  EXPECT_EQ(logs.error_lines().size(), 1u + kThreads);
-}
-
-TEST(HandlerVariants, IgnoredErrorsAndToleratedDuplicateKeys) {
+// Ignored errors and tolerated duplicate keys log nothing; other failures log once.
+TEST(DiagnosticState, IgnoredAndToleratedErrorsLogNothing) {
   LogFolder logs;
   ignore_errors([] { throw Error(errc::kOverflow); });
   int reached = 0;
   ErrorState state;
-  run_procedure(state, u"C | Add", Trace::No, [&](int& line) {
-    line = 1;
-    tolerate_duplicate_key([] { throw Error(errc::kDuplicateKey); });
-    line = 2;
-    reached = 2;
-  });
-  EXPECT_EQ(reached, 2);
-  EXPECT_THROW(run_procedure(state, u"C | Add", Trace::No,
-                             [&](int&) {
-                               tolerate_duplicate_key([] { throw Error(errc::kOverflow); });
-                             }),
-               Error);
-  EXPECT_EQ(logs.error_lines().size(), 1u) << "only the non-duplicate failure is logged";
+  auto add = [&](int32_t number) {
+    run_procedure(state, u"C | Add", Trace::No, [&](int&) {
+      tolerate_duplicate_key([=] { throw Error(number); });
+      reached = number;
+    });
+  };
+  add(errc::kDuplicateKey);
+  EXPECT_EQ(reached, errc::kDuplicateKey);
+  EXPECT_EQ(error_number_of([&] { add(errc::kOverflow); }), errc::kOverflow);
+  EXPECT_EQ(logs.error_lines().size(), 1u);
+}
+
+TEST(FileProcedures, SeparatorsWildcardsAndDeletion) {
+  const std::pair<Text, const char16_t*> separated[] = {
+      {u"/opt/lib", u"/opt/lib/"}, {u"/opt/lib/", u"/opt/lib/"}, {u"/opt/lib  ", u"/opt/lib/"},
+      {u"/opt/lib/  ", u"/opt/lib/  "},  // blanks after a final separator stay
+      {u"", u"/"}, {u"C:\\Apps", u"C:\\Apps/"}};  // a backslash is an ordinary character
+  for (auto [path, expected] : separated) {
+    AddDirSep(path);
+    EXPECT_EQ(path, expected);
+  }
+  EXPECT_TRUE(wildcard_match(u"a*b?c", u"axxbyc"));
+  EXPECT_FALSE(wildcard_match(u"a*b?c", u"axxbc"));
+  EXPECT_TRUE(wildcard_match(u"[x].log", u"[x].log")) << "brackets are literal";
+
+  LogFolder dir;
+  const std::string base = dir.path();
+  for (const char* name : {"/a.log", "/.hidden.txt", "/ro.bin", "/1.tmp", "/2.tmp", "/keep.dat"})
+    LogFolder::write_file(base + name, "x");
+  std::filesystem::create_directory(base + "/sub.log");
+  const std::pair<const char*, bool> exists[] = {
+      {"/a.log", true}, {"/b.log", false}, {"/sub.log", false},  // a folder is not a file
+      {"/*.log", true}, {"/?.log", true}, {"/*.txt", false},    // only a hidden file matches
+      {"/s*", false}, {"/missing/*", false}};
+  for (auto [name, found] : exists) EXPECT_EQ(FileExists(from_utf8(base + name)), found) << name;
+  EXPECT_FALSE(FileExists(u""));
+
+  chmod((base + "/ro.bin").c_str(), 0444);
+  FileDelete(from_utf8(base + "/ro.bin"));
+  FileDelete(from_utf8(base + "/*.tmp"));
+  FileDelete(from_utf8(base + "/missing.txt"));
+  for (const char* gone : {"/ro.bin", "/1.tmp", "/2.tmp"})
+    EXPECT_FALSE(std::filesystem::exists(base + gone)) << gone;
+  EXPECT_TRUE(std::filesystem::exists(base + "/keep.dat"));
+
+  // Readable, but no one may remove it: the failure names the file and is not logged.
+  const std::string message = failure_of([] { FileDelete(u"/proc/self/status"); });
+  const std::regex deleting("-?\\d+ basLIBstd \\| FileDelete, Error # -?\\d+ at line: 5\r\n.* "
+                            "on file name: /proc/self/status");
+  EXPECT_TRUE(std::regex_match(message, deleting)) << message;
+  EXPECT_TRUE(dir.error_lines().empty());
+
+  EXPECT_EQ(u8(FileNameErrorFile()), dir.error_log_path());
+  EXPECT_EQ(u8(FileNameTraceFile()), dir.trace_log_path());
+  EXPECT_TRUE(std::regex_match(u8(DateTimeStamp_Log()),
+                               std::regex(R"(^\d{4}[01]\d[0-3]\d\|[0-2]\d:[0-5]\d:[0-5]\d$)")));
+  EXPECT_FALSE(UserName_Get().empty());
+}
+
+TEST(TextProcedures, FillEliminateAndQuote) {
+  const std::tuple<Variant, int16_t, const char16_t*, const char16_t*> fills[] = {
+      {Variant(u"abc"), 5, u".", u"abc.."}, {Variant(u"abc"), -5, u".", u"..abc"},
+      {Variant(u"abc"), 2, u".", u"ab"}, {Variant(int32_t{7}), 3, u"0", u"700"},
+      {Variant(), 3, u"-", u"---"},
+      {Variant::null(), 2, u"*", u"**"}, {Variant(u"exactly12chr"), 12, u" ", u"exactly12chr"},
+      {Variant(u"fifteen-chars!!"), 12, u" ", u"fifteen-char"}};
+  for (const auto& [value, width, fill, out] : fills) EXPECT_EQ(str_Fill(value, width, fill), out);
+
+  const std::tuple<const char16_t*, const char16_t*, bool, const char16_t*> eliminated[] = {
+      {u"a-b-c", u"-", false, u"abc"}, {u"xaabbx", u"ab", true, u"xx"}, {u"aabb", u"ab", true, u""},
+      {u"a1b2", u"12", false, u"ab"},
+      {u"", u"x", true, u""}, {u"abc", u"", true, u"abc"},
+      {u"ababa", u"aba", true, u"ba"}};  // the first occurrence goes first
+  for (const auto& [text, what, whole, out] : eliminated)
+    EXPECT_EQ(str_CharEliminate(text, what, whole), out) << u8(text);
+
+  const std::pair<const char16_t*, const char16_t*> quoted[] = {
+      {u"abc", u"\"abc\""}, {u"a\"b", u"'a\"b'"}, {u"\"ab\"", u"\"ab\""},
+      {u"'a\"b'", u"'a\"b'"}, {u"a\"b'c", u"\"abc\""}, {u"", u"\"\""}};
+  for (auto [text, out] : quoted) EXPECT_EQ(str_Quoted(text), out) << u8(text);
+
+  LogFolder logs;
+  EXPECT_TRUE(failure_of([] {
+                str_Fill(Variant(u"a"), 3, u"");
+              }).starts_with("5 basLIBstd | str_Fill, Error # 5 at line: 4\r\n"));
+  EXPECT_EQ(logs.error_lines().size(), 1u);
 }
 
 }  // namespace

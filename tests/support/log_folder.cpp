@@ -1,5 +1,6 @@
 #include "support/log_folder.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -23,7 +24,29 @@ LogFolder::~LogFolder() {
   std::filesystem::remove_all(path_, ec);
 }
 
-void LogFolder::create_trace_flag() const { write_file(trace_flag_path(), ""); }
+void LogFolder::create_trace_flag() const {
+  write_file(path_ + "/libvexqom_PLUMEK2.trace.flg", "");
+}
+
+void LogFolder::start_tracing() const {
+  create_trace_flag();
+  diag::ErrorLog_Write(u"start tracing");
+}
+
+std::vector<std::string> LogFolder::error_messages() const {
+  std::vector<std::string> out;
+  for (const std::string& line : error_lines()) out.push_back(log_message(line));
+  return out;
+}
+
+std::vector<std::string> LogFolder::traced(const std::string& part) const {
+  std::vector<std::string> out;
+  for (const std::string& line : trace_lines()) {
+    const size_t at = line.find(part);
+    if (at != std::string::npos) out.push_back(line.substr(at));
+  }
+  return out;
+}
 
 std::string LogFolder::read_file(const std::string& file) {
   std::ifstream in(file, std::ios::binary);
@@ -38,17 +61,11 @@ void LogFolder::write_file(const std::string& file, const std::string& bytes) {
 }
 
 std::vector<std::string> LogFolder::lines(const std::string& file) {
-  std::string all = read_file(file);
+  const std::string all = read_file(file);
   std::vector<std::string> out;
-  size_t start = 0;
-  while (start < all.size()) {
-    size_t end = all.find("\r\n", start);
-    if (end == std::string::npos) {
-      out.push_back(all.substr(start));
-      break;
-    }
+  for (size_t start = 0, end; start < all.size(); start = end + 2) {
+    end = std::min(all.find("\r\n", start), all.size());
     out.push_back(all.substr(start, end - start));
-    start = end + 2;
   }
   return out;
 }

@@ -15,11 +15,16 @@ class LogFolder {
   const std::string& path() const { return path_; }
   std::string error_log_path() const { return path_ + "/libvexqom_PLUMEK2.error.log"; }
   std::string trace_log_path() const { return path_ + "/libvexqom_PLUMEK2.trace.log"; }
-  std::string trace_flag_path() const { return path_ + "/libvexqom_PLUMEK2.trace.flg"; }
 
   // Lines of a log (without their CR LF); empty when the file is missing.
   std::vector<std::string> error_lines() const { return lines(error_log_path()); }
   std::vector<std::string> trace_lines() const { return lines(trace_log_path()); }
+  // The message parts of the error log's lines.
+  std::vector<std::string> error_messages() const;
+  // Trace messages holding `part`, each from `part` on.
+  std::vector<std::string> traced(const std::string& part) const;
+  // Creates the trace flag file and logs a first error, which turns tracing on.
+  void start_tracing() const;
   void create_trace_flag() const;
 
   static std::vector<std::string> lines(const std::string& file);

@@ -1,0 +1,330 @@
+// The vehicle, price and item records: what they derive from their fields and their XML
+// forms under both writer switch settings.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "support/checks.h"
+#include "support/log_folder.h"
+#include "support/samples.h"
+#include "vexqom/ICatItem.h"
+
+namespace vexqom {
+namespace {
+
+using namespace testing;
+
+Ref<ICatPrice> price(ICatItem& item, const char16_t* location) {
+  return item.get_PriceCol()->get_Item(Variant(location));
+}
+
+// Loads an item or price text holding one element.
+void load_one(auto& record, const char16_t* root, const char16_t* tag, const char16_t* text) {
+  record.put_XML(Text(u"<") + root + u"><" + tag + u">" + text + u"</" + tag + u"></" + root +
+                 u">");
+}
+
+TEST(ICatVehicle, DescriptionXmlAndTheMileageReader) {
+  // The composed description: the C and Python hosts' (an empty part keeps its blank).
+  auto v = create<ICatVehicle>();
+  v->put_Year(u"2001");
+  v->put_Make(u"Ford & <Sons>");
+  v->put_Engine(u"3.0L V6");
+  v->put_Plate(u"00");
+  v->put_CurrentMileage(u"0");
+  // Never the composed description, never a zero.
+  EXPECT_EQ(u8(v->get_XML()),
+            "<Vehicle><Year>2001</Year><Make>Ford &amp; &lt;Sons&gt;</Make>"
+            "<Engine>3.0L V6</Engine></Vehicle>");
+  for (auto put :
+       {&ICatVehicle::put_AAIA, &ICatVehicle::put_Model, &ICatVehicle::put_VIN,
+        &ICatVehicle::put_Plate, &ICatVehicle::put_Description, &ICatVehicle::put_CurrentMileage})
+    ((*v).*put)(u"x");
+  EXPECT_EQ(u8(v->get_XML()),
+            "<Vehicle><AAIA>x</AAIA><Year>2001</Year><Make>Ford &amp; &lt;Sons&gt;"
+            "</Make><Model>x</Model><Engine>3.0L V6</Engine><VIN>x</VIN><Plate>x"
+            "</Plate><Description>x</Description><CurrentMileage>x</CurrentMileage>"
+            "</Vehicle>");
+  auto copy = create<ICatVehicle>();
+  copy->put_CurrentMileage(u"stale");
+  copy->put_XML(v->get_XML());
+  // The reader takes Mileage, not CurrentMileage.
+  EXPECT_EQ(copy->get_Make() + copy->get_Description() + copy->get_VIN() + copy->get_CurrentMileage(),
+            u"Ford & <Sons>xx");
+  copy->put_XML(u"<Car><Mileage> 99 </Mileage><Make>  Kia </Make></Car>");
+  EXPECT_EQ(copy->get_CurrentMileage() + u"|" + copy->get_Make() + u"|" + copy->get_Year(),
+            u"99|Kia|");
+}
+
+const char* const kFilledPrice =
+    "<Price><Location>MAIN</Location><SellerID>#123</SellerID><DeliveryTime>2 days"
+    "</DeliveryTime><UrgentFlag>True</UrgentFlag><QtyBuyingInc>4</QtyBuyingInc><PackingUnits>"
+    "BX</PackingUnits><PackNumUnits>12</PackNumUnits><WarrantyCode>W1</WarrantyCode><Rank>2"
+    "</Rank><PriceTag>A&amp;B</PriceTag><Available>5</Available><QuantityToOrder>2.5"
+    "</QuantityToOrder><CoreCost>1.5</CoreCost><CoreList>2.25</CoreList><Cost>10</Cost><List>"
+    "19.99</List><Sell>-0.8</Sell><Margin>12.3457</Margin></Price>";
+
+TEST(ICatPrice, SellerIdWriterSwitchesReaderAndRoundTrip) {
+  LogFolder logs;  // fresh thread state: both switches off
+  auto p = create<ICatPrice>();
+  const std::pair<const char16_t*, const char16_t*> sellers[] = {
+      {u"#123", u"123"}, {u"##1", u"#1"}, {u"", u""}};
+  for (const auto& [given, read] : sellers) {
+    p->put_SellerID(given);
+    EXPECT_EQ(p->get_SellerID(), read) << u8(given);
+  }
+  EXPECT_EQ(u8(p->get_XML()),
+            "<Price><Location></Location><SellerID></SellerID><DeliveryTime></DeliveryTime>"
+            "<UrgentFlag>False</UrgentFlag><QtyBuyingInc></QtyBuyingInc><PackingUnits>"
+            "</PackingUnits><PackNumUnits></PackNumUnits><WarrantyCode></WarrantyCode><Rank>"
+            "</Rank><PriceTag></PriceTag><Available></Available><QuantityToOrder>"
+            "</QuantityToOrder><CoreCost>0</CoreCost><CoreList>0</CoreList><Cost>0</Cost>"
+            "<List>0</List><Sell>0</Sell><Margin>0</Margin></Price>");
+  for (bool on : {false, true}) {
+    WriterSwitches::set(on);
+    auto copy = create<ICatPrice>();
+    copy->put_Rank(u"stale");
+    copy->put_XML(testing::filled_price()->get_XML());
+    EXPECT_EQ(u8(copy->get_XML()), kFilledPrice) << "switches " << on;
+    const Variant available = copy->get_Available();  // a number comes back as text
+    copy->put_XML(create<ICatPrice>()->get_XML());  // empty text, not the empty Variant
+    EXPECT_EQ(std::tuple(available, copy->get_Location(), copy->get_QuantityToOrder()),
+              std::tuple(Variant(u"5"), Text(), Variant(Text())));
+  }
+  p->put_SellerID(u"0");
+  p->put_QtyBuyingInc(u"0");
+  p->put_Available(Variant(int32_t{0}));
+  p->put_QuantityToOrder(Variant(u"0.0"));
+  p->put_Rank(u"00x");
+  // #0 does not read as a zero.
+  EXPECT_EQ(u8(p->get_XML()),
+            "<Price><SellerID>#0</SellerID><UrgentFlag>False</UrgentFlag><Rank>"
+            "00x</Rank></Price>");
+  p->put_XML(u"<Price><SellerID>77</SellerID></Price>");
+  EXPECT_EQ(p->get_SellerID(), u"77");
+  EXPECT_TRUE(logs.error_lines().empty());
+
+  // The reader takes the flag word and leading numbers, and stops at an overflow.
+  const std::pair<const char16_t*, bool> flags[] = {
+      {u"TRUE", true}, {u"1", false}, {u"truee", false}};
+  for (const auto& [text, flag] : flags) {
+    load_one(*p, u"Price", u"UrgentFlag", text);
+    EXPECT_EQ(p->get_UrgentFlag(), flag) << u8(text);
+  }
+  const std::pair<const char16_t*, double> amounts[] = {
+      {u"12.34567", 12.3457}, {u"0.00025", 0.0002}, {u"0.00035", 0.0004}, {u"1,5", 1}, {u"abc", 0},
+      {u"- 2 .5x", -2.5}, {u"&H10", 16}};
+  for (const auto& [text, value] : amounts) {
+    load_one(*p, u"Price", u"List", text);
+    EXPECT_EQ(p->get_List(), Currency::from_double(value)) << u8(text);
+  }
+  EXPECT_EQ(
+      error_number_of([&] {
+        p->put_XML(u"<P><Location>X</Location><CoreCost>1E20</CoreCost><Margin>5</Margin></P>");
+      }),
+      6);
+  EXPECT_EQ(logs.error_messages(),
+            std::vector<std::string>{"ICatPrice | Let XML, Error # 6 at line: 8][Overflow"});
+  // Fields read before the failure stay, the ones after it stay cleared.
+  EXPECT_EQ(std::pair(p->get_Location(), p->get_Margin()), std::pair(Text(u"X"), Currency()));
+}
+
+TEST(ICatItem, QuantitiesLeaveOutInvoiceAndLocal) {
+  auto item = create<ICatItem>();
+  EXPECT_EQ(item->get_QuantityToOrder(), Variant(int16_t{0})) << "Integer 0 when nothing counted";
+  item->put_QuantityToOrder(Text(), Variant(int32_t{2}));  // no location: JOBBER
+  item->put_QuantityToOrder(u"LOCAL", Variant(int32_t{5}));
+  item->put_QuantityOnTicket(Variant(int32_t{1}));  // INVOICE
+  item->put_QuantityToOrder(u"X", Variant(u"3"));
+  price(*item, u"cal")->put_QuantityToOrder(Variant(100.0));  // a fragment of INVOICE|LOCAL
+  auto unnamed = create<ICatPrice>();
+  unnamed->put_QuantityToOrder(Variant(int32_t{50}));
+  item->get_PriceCol()->Add(unnamed);  // empty location, no key
+  EXPECT_EQ(std::pair(price(*item, u"jobber")->get_QuantityToOrder(), item->get_QuantityToOrder()),
+            std::pair(Variant(int32_t{2}), Variant(5.0)));
+  // Full case mapping: a dotless i makes INVOICE too; long names are matched the same way.
+  price(*item, u"\u0131nvoice")->put_QuantityToOrder(Variant(7.0));
+  price(*item, u"warehouse north-east")->put_QuantityToOrder(Variant(10.0));
+  EXPECT_EQ(std::tuple(item->get_QuantityToOrder(), item->get_QuantityToOrder(u"LOCAL"),
+                       item->get_QuantityOnTicket()),
+            std::tuple(Variant(15.0), Variant(5.0), Variant(1.0)));
+  // A quantity held as text counts by its leading number: the selection's totals test.
+
+  auto fresh = create<ICatItem>();
+  EXPECT_EQ(fresh->get_QuantityOnTicket(), Variant(0.0));
+  EXPECT_EQ(fresh->get_QuantityToOrder(), Variant(int16_t{0})) << "INVOICE is not counted";
+  EXPECT_EQ(fresh->get_QuantityToOrder(u"Y"), Variant(0.0));
+  EXPECT_EQ(fresh->get_QuantityToOrder(), Variant(0.0)) << "a counted record makes a double";
+  // Lookups create INVOICE and Y.
+  EXPECT_EQ(fresh->get_PriceCol()->get_Item(Variant(int32_t{1}))->get_Location() +
+                integer_text(fresh->get_PriceCol()->get_Count()), u"INVOICE2");
+
+  price(*fresh, u"JOBBER")->put_List(Currency::from_double(12.5));
+  EXPECT_EQ(fresh->JobberList(), Variant(12.5));
+  EXPECT_EQ(fresh->get_PriceCol()->get_Count(), 3) << "no MSRP record while the jobber has one";
+  price(*fresh, u"MSRP")->put_Cost(Currency::from_double(19.95));
+  price(*fresh, u"MSRP")->put_CoreList(Currency::from_double(-0.5));
+  // MSRP only when the jobber's is zero, and no further fallback.
+  EXPECT_EQ(std::tuple(fresh->JobberCost(), fresh->JobberCoreList(), fresh->JobberCoreCost()),
+            std::tuple(Variant(19.95), Variant(-0.5), Variant(0.0)));
+}
+
+TEST(ICatItem, FlaggedToOrderAndKeys) {
+  auto item = create<ICatItem>();
+  // ORDER, URGENT, back order, HOLD, an empty status and labor: the selected totals' test.
+  const std::pair<const char16_t*, bool> statuses[] = {
+      {u"order", true}, {u"BACK", true}, {u"ORDERS", false}};
+  for (const auto& [status, flagged] : statuses) {
+    item->put_ItemStatus(Variant(status));
+    EXPECT_EQ(item->FlaggedToOrder(u"J1"), flagged) << u8(status);
+  }
+  item->put_ItemType(vexCatalogItemType::vcit_Labor);
+  item->put_LineCode(u"ACD");
+  item->put_ItemNumber(u"012345");
+  item->put_Description(u" Brake job");
+  item->put_Comment(u"rear ");
+  EXPECT_EQ(item->UniqueKey(), u"Brake job  rear") << "ends trimmed, inner blanks kept";
+  item->put_LaborOperation(u"R&R");
+  EXPECT_EQ(item->UniqueKey(), u"Brake job R&R rear");
+  item->put_ItemType(static_cast<vexCatalogItemType>(7));
+  EXPECT_EQ(item->UniqueKey(), u"ACD012345") << "values outside the enumeration key as parts";
+  EXPECT_EQ(item->VendorNumber(), u"ACD012345");
+}
+
+TEST(ICatItem, ClearTracingAndASharedPriceCollection) {
+  LogFolder logs;
+  logs.create_trace_flag();
+  auto item = create<ICatItem>();
+  item->put_WorkGroup(3);
+  item->Clear(true);
+  EXPECT_TRUE(!item->get_PriceCol() && item->get_WorkGroup() == 0);
+  EXPECT_EQ(error_number_of([&] { item->get_QuantityToOrder(); }), 91);  // starts tracing
+  EXPECT_EQ(error_number_of([&] { item->JobberCost(); }), 91);
+  auto shared = create<ICatPriceCol>();
+  item->putref_PriceCol(shared);
+  shared->get_Item(Variant(u"NORTH"))->put_QuantityToOrder(Variant(int32_t{6}));
+  EXPECT_EQ(item->get_QuantityToOrder(), Variant(6.0)) << "the caller's collection is shared";
+  item->put_QuantityToOrder(u"X", Variant(int32_t{1}));
+  item->Clear();
+  EXPECT_NE(item->get_PriceCol(), shared) << "Clear(false) builds a new collection";
+  item->put_XML(item->get_XML());
+  item->get_QuantityOnTicket();
+  const std::string unset =
+      ", Error # 91 at line: 1][Object variable or With block variable not set";
+  EXPECT_EQ(logs.error_messages(),
+            (std::vector<std::string>{"ICatItem | Get QuantityToOrder" + unset,
+                                      "ICatItem | JobberCost" + unset}));
+  EXPECT_EQ(logs.traced("ICatItem |"),
+            (std::vector<std::string>{"ICatItem | JobberCost", "ICatItem | Get QuantityToOrder",
+                                      "ICatItem | Let QuantityToOrder",
+                                      "ICatItem | Get QuantityOnTicket"}));
+}
+
+// Every element in writer order, the price collection's own form between the halves.
+const char* const kFilledHead =
+    "<Item><WorkGroup>-3</WorkGroup><GroupNumber>G7</GroupNumber><ItemType>2</ItemType>"
+    "<ItemSource>Cat</ItemSource><ItemStatus>12</ItemStatus><ItemGroup>32000</ItemGroup>"
+    "<ItemHeading>Front</ItemHeading><ItemLaborAvailable>Y</ItemLaborAvailable><Manufacturer>"
+    "P&amp;Co</Manufacturer><LineCode>ACD</LineCode><ItemNumber>012</ItemNumber><PartTypeCode>"
+    "PT</PartTypeCode><Description>Pad</Description><ImageFileName>p.png</ImageFileName>"
+    "<ImageCallOut>C4</ImageCallOut><ImageURLc2c>u1</ImageURLc2c><ImageURLalt>u2</ImageURLalt>"
+    "<MediaTagID>M9</MediaTagID><QuantityPerCar>2.5</QuantityPerCar>";
+const char* const kFilledTail =
+    "<LaborOperation>R&amp;R</LaborOperation><LaborSkill>B</LaborSkill><LaborRate>95.75"
+    "</LaborRate><LaborHRSnormal>1.2</LaborHRSnormal><LaborHRSwarranty>0.9</LaborHRSwarranty>"
+    "<LaborHRSsevere>-1.5</LaborHRSsevere><LaborType>LT</LaborType><YearRange>1999-2004"
+    "</YearRange><ComponentSide>L</ComponentSide><Comment>cm</Comment><ItemTag>T1</ItemTag>"
+    "<GenericDescription>GD</GenericDescription><GenericDescriptionID>GI</GenericDescriptionID>"
+    "<SupplierStockingFlag>SF</SupplierStockingFlag><SupplierMovementFlag>MF"
+    "</SupplierMovementFlag><SupplierMovementRank>MR</SupplierMovementRank><SupplierExtendedInfo>"
+    "EI</SupplierExtendedInfo><VendorNumberXRef>XR</VendorNumberXRef><MCLsequence>S1"
+    "</MCLsequence></Item>";
+
+TEST(ICatItemXml, WriterOrderRoundTripAndZeroTexts) {
+  LogFolder logs;
+  WriterSwitches switches(true);
+  EXPECT_EQ(u8(create<ICatItem>()->get_XML()), "<Item><Prices></Prices></Item>");
+  for (bool on : {false, true}) {
+    WriterSwitches::set(on);
+    auto source = testing::filled_item();
+    const Text xml = source->get_XML();
+    EXPECT_EQ(u8(xml), kFilledHead + u8(source->get_PriceCol()->get_XML()) + kFilledTail);
+    auto copy = create<ICatItem>();
+    copy->put_XML(xml);
+    EXPECT_EQ(copy->get_XML(), xml) << "switches " << on;
+    EXPECT_EQ(copy->get_ItemStatus(), Variant(u"12")) << "the status comes back as text";
+  }
+  // Zero texts left out: the price's rows (one writer). Only the item's own names are read:
+  // ItemHeading, ItemTag (trimmed), the price's tag.
+  auto copy = create<ICatItem>();
+  copy->put_XML(
+      u"<X><Heading>H</Heading><Tag>T</Tag><Prices><Count>1</Count><Collection><Price>"
+      u"<Location>MAIN</Location><PriceTag>P</PriceTag></Price></Collection></Prices>"
+      u"<ItemTag> it </ItemTag></X>");
+  EXPECT_EQ(copy->get_Heading() + u"|" + copy->get_Tag() + price(*copy, u"main")->get_Tag(),
+            u"|itP");
+  EXPECT_TRUE(logs.error_lines().empty());
+}
+
+TEST(ICatItemXml, ReaderRoundsNumbersReplacesPricesAndStopsAtOverflow) {
+  LogFolder logs;
+  auto item = testing::filled_item();
+  // Rounding and leading numbers: the list ID's rows (the same reader helper). Here the
+  // lowest Integer, a Long item type, and a text without Prices dropping the old ones.
+  item->put_XML(u"<Item><WorkGroup>-32768</WorkGroup><ItemType>70000</ItemType></Item>");
+  EXPECT_EQ(std::tuple(item->get_WorkGroup(), item->get_ItemType(), item->get_PriceCol()->get_Count()),
+            std::tuple(int16_t{-32768}, static_cast<vexCatalogItemType>(70000), 0));
+  EXPECT_TRUE(logs.error_lines().empty());
+
+  EXPECT_EQ(error_number_of([&] { load_one(*item, u"Item", u"WorkGroup", u"40000"); }), 6);
+  EXPECT_EQ(error_number_of([&] {
+              item->put_XML(
+                  u"<I><GroupNumber>G</GroupNumber><ItemGroup>-40000</ItemGroup>"
+                  u"<Description>D</Description></I>");
+            }),
+            6);
+  // Fields read before the failure stay, later ones keep the cleared values.
+  EXPECT_EQ(item->get_GroupNumber() + u"|" + item->get_Description(), u"G|");
+  item->Clear(true);
+  item->put_XML(Text());
+  EXPECT_TRUE(item->get_PriceCol()) << "a load, even of nothing, brings its own price collection";
+  item->Clear(true);
+  EXPECT_EQ(error_number_of([&] { item->get_XML(); }), 91);
+  EXPECT_EQ(logs.error_messages(),
+            (std::vector<std::string>{"ICatItem | Let XML, Error # 6 at line: 4][Overflow",
+                                      "ICatItem | Let XML, Error # 6 at line: 8][Overflow",
+                                      "ICatItem | Get XML, Error # 91 at line: 7][Object variable "
+                                      "or With block variable not set"}));
+}
+
+// Every load brings a new price collection. A host holding the old one keeps its prices;
+// one nobody holds may be renewed in place, which must look the same, also in the trace.
+TEST(ICatItemXml, EveryLoadBringsANewPriceCollection) {
+  const Text xml =
+      u"<Item><LineCode>L</LineCode><Prices><Count>1</Count><Collection><Price>"
+      u"<Location>JOBBER</Location><Cost>2</Cost></Price></Collection></Prices>"
+      u"</Item>";
+  auto item = create<ICatItem>();
+  item->put_XML(xml);
+  Ref<ICatPriceCol> held = item->get_PriceCol();
+  item->put_XML(u"<Item><LineCode>M</LineCode></Item>");
+  EXPECT_NE(item->get_PriceCol(), held);  // the host's collection keeps its prices
+  EXPECT_EQ(std::pair(held->get_Count(), item->get_PriceCol()->get_Count()), std::pair(1, 0));
+  held.reset();
+  LogFolder logs;
+  logs.start_tracing();
+  item->put_XML(xml);  // the unshared collection, reloaded
+  item->put_XML(xml);
+  EXPECT_EQ(item->JobberCost(), Variant(2.0));
+  const std::vector<std::string> one_load{"ICatPriceCol | Class_Initialize", "ICatPriceCol | Clear",
+                                          "ICatPriceCol | Let XML", "ICatPriceCol | Add"};
+  std::vector<std::string> two_loads = one_load;
+  two_loads.insert(two_loads.begin(), "ICatPriceCol | Clear");  // the old collections, released
+  two_loads.push_back("ICatPriceCol | Clear");
+  two_loads.insert(two_loads.end(), one_load.begin(), one_load.end());
+  EXPECT_EQ(logs.traced("ICatPriceCol | "), two_loads);
+}
+
+}  // namespace
+}  // namespace vexqom
