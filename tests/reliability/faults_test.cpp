@@ -121,7 +121,7 @@ TEST(ReliabilityFaults, FullDiskForBothLogsIsNotTheHostsConcern) {
 // Makes a file impossible to delete but still open for appending: the append-only attribute
 // for root, a read-only folder for everyone else. Undone on destruction.
 struct Undeletable {
-  Undeletable(const std::string& file, const std::string& folder) : file(file), folder(folder) {
+  Undeletable(const std::string& path, const std::string& dir) : file(path), folder(dir) {
     ok = set(true);
   }
   ~Undeletable() { ok && set(false); }
