@@ -1,10 +1,9 @@
 #include "capi/c_values.h"
 
-#include <cstdlib>
-#include <limits>
 #include <new>
 
 #include "frame/memory.h"
+#include "frame/rounding.h"
 #include "frame/utf8.h"
 #include "vexqom/error.h"
 
@@ -14,18 +13,8 @@ Variant to_variant(const vq_value& value) {
   switch (value.kind) {
     case VQ_EMPTY: return Variant();
     case VQ_NULL: return Variant::null();
-    case VQ_INTEGER:
-      if (value.i < std::numeric_limits<int16_t>::min() ||
-          value.i > std::numeric_limits<int16_t>::max()) {
-        throw Error(errc::kOverflow);
-      }
-      return Variant(static_cast<int16_t>(value.i));
-    case VQ_LONG:
-      if (value.i < std::numeric_limits<int32_t>::min() ||
-          value.i > std::numeric_limits<int32_t>::max()) {
-        throw Error(errc::kOverflow);
-      }
-      return Variant(static_cast<int32_t>(value.i));
+    case VQ_INTEGER: return Variant(narrowed<int16_t>(value.i));
+    case VQ_LONG: return Variant(narrowed<int32_t>(value.i));
     case VQ_DOUBLE: return Variant(value.d);
     case VQ_CURRENCY: return Variant(Currency::from_raw(value.i));
     case VQ_BOOLEAN: return Variant(value.i != 0);
@@ -38,29 +27,20 @@ Variant to_variant(const vq_value& value) {
 }
 
 void fill_value(const Variant& variant, vq_value* out) {
-  *out = vq_value{};
+  *out = vq_value{};  // empty should the text's memory fail
+  auto integral = [out](int32_t kind, int64_t i) {
+    out->kind = kind;
+    out->i = i;
+  };
   switch (variant.type()) {
-    case VarType::kEmpty: out->kind = VQ_EMPTY; break;
     case VarType::kNull: out->kind = VQ_NULL; break;
-    case VarType::kInteger:
-      out->kind = VQ_INTEGER;
-      out->i = variant.integer();
-      break;
-    case VarType::kLong:
-      out->kind = VQ_LONG;
-      out->i = variant.long_value();
-      break;
+    case VarType::kInteger: integral(VQ_INTEGER, variant.integer()); break;
+    case VarType::kLong: integral(VQ_LONG, variant.long_value()); break;
+    case VarType::kCurrency: integral(VQ_CURRENCY, variant.currency().raw()); break;
+    case VarType::kBoolean: integral(VQ_BOOLEAN, variant.boolean() ? -1 : 0); break;
     case VarType::kDouble:
       out->kind = VQ_DOUBLE;
       out->d = variant.dbl();
-      break;
-    case VarType::kCurrency:
-      out->kind = VQ_CURRENCY;
-      out->i = variant.currency().raw();
-      break;
-    case VarType::kBoolean:
-      out->kind = VQ_BOOLEAN;
-      out->i = variant.boolean() ? -1 : 0;
       break;
     case VarType::kText: {
       const TextView text = variant.text();
@@ -73,13 +53,11 @@ void fill_value(const Variant& variant, vq_value* out) {
       out->text_len = size;
       break;
     }
-    case VarType::kObject: {
-      Ref<Object> object = variant.object();
+    case VarType::kObject:
       out->kind = VQ_OBJECT;
-      out->obj = to_handle(object.detach());
+      out->obj = to_handle(Ref<Object>(variant.object()).detach());
       break;
-    }
-    default: out->kind = VQ_EMPTY; break;
+    default: break;  // VQ_EMPTY
   }
 }
 

@@ -1,8 +1,13 @@
 // Rounding halves to the even neighbour, the one rule every number conversion follows,
-// independent of the thread's floating-point rounding mode.
+// independent of the thread's floating-point rounding mode; and narrowing, which refuses
+// what does not fit.
 #pragma once
 
 #include <cmath>
+#include <cstdint>
+#include <limits>
+
+#include "vexqom/error.h"
 
 namespace vexqom {
 
@@ -22,6 +27,14 @@ Int divide_half_even(Int n, Int d) {
   const Int twice = (r < 0 ? -r : r) * 2;
   if (twice > d || (twice == d && (q % 2) != 0)) q += n < 0 ? -1 : 1;
   return q;
+}
+
+// v as the narrower integer Int; error 6 when it does not fit.
+template <class Int>
+Int narrowed(int64_t v) {
+  if (v < std::numeric_limits<Int>::min() || v > std::numeric_limits<Int>::max())
+    throw Error(errc::kOverflow);
+  return static_cast<Int>(v);
 }
 
 }  // namespace vexqom

@@ -22,18 +22,6 @@ constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
 
 [[noreturn]] void raise(int32_t number) { throw Error(number); }
 
-int16_t to_int16(int64_t v) {
-  if (v < std::numeric_limits<int16_t>::min() || v > std::numeric_limits<int16_t>::max())
-    raise(errc::kOverflow);
-  return static_cast<int16_t>(v);
-}
-
-int32_t to_int32(int64_t v) {
-  if (v < std::numeric_limits<int32_t>::min() || v > std::numeric_limits<int32_t>::max())
-    raise(errc::kOverflow);
-  return static_cast<int32_t>(v);
-}
-
 bool is_digit(char16_t c) { return c >= u'0' && c <= u'9'; }
 
 int digit_value(char16_t c, int base) {
@@ -425,9 +413,9 @@ double coerce_to_double(const Variant& v) {
 int16_t coerce_to_integer(const Variant& v) {
   switch (v.type()) {
     case VarType::kInteger: return v.integer();
-    case VarType::kLong: return to_int16(v.long_value());
+    case VarType::kLong: return narrowed<int16_t>(v.long_value());
     case VarType::kCurrency:
-      return to_int16(divide_half_even<int64_t>(v.currency().raw(), Currency::kScale));
+      return narrowed<int16_t>(divide_half_even<int64_t>(v.currency().raw(), Currency::kScale));
     default: return round_to_integer(coerce_to_double(v));
   }
 }
@@ -437,7 +425,7 @@ int32_t coerce_to_long(const Variant& v) {
     case VarType::kInteger: return v.integer();
     case VarType::kLong: return v.long_value();
     case VarType::kCurrency:
-      return to_int32(divide_half_even<int64_t>(v.currency().raw(), Currency::kScale));
+      return narrowed<int32_t>(divide_half_even<int64_t>(v.currency().raw(), Currency::kScale));
     default: return round_to_long(coerce_to_double(v));
   }
 }

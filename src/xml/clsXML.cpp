@@ -11,6 +11,7 @@
 
 #include "frame/class_info.h"
 #include "frame/procedure.h"
+#include "frame/rounding.h"
 #include "frame/text_procedures.h"
 #include "vexqom/variant.h"
 #include "xml/element_writer.h"
@@ -21,15 +22,6 @@ namespace vexqom {
 namespace {
 
 constexpr std::string_view kCrLf = "\r\n";
-
-// Integer arithmetic of the host: results outside 16 bits raise overflow.
-int16_t checked16(int32_t v) {
-  if (v < std::numeric_limits<int16_t>::min() || v > std::numeric_limits<int16_t>::max()) {
-    throw Error(errc::kOverflow);
-  }
-  return static_cast<int16_t>(v);
-}
-
 
 Text apostrophes_to_quotes(Text text) {
   for (char16_t& c : text) {
@@ -162,7 +154,7 @@ TagReader& clsXML::reader() {
 }
 
 size_t clsXML::indentation_width(int16_t level) const {
-  const int16_t count = checked16(int32_t{checked16(int32_t{level} - 1)} * indent_);
+  const int16_t count = narrowed<int16_t>(int32_t{narrowed<int16_t>(level - 1)} * indent_);
   return formatted_ && count > 0 ? static_cast<size_t>(count) : 0;
 }
 
@@ -277,7 +269,7 @@ void clsXML::Add(TextView xsTagNam, TextView xsStrVal, bool xbNewGroup, bool xbE
       *out++ = '\n';
     }
     line = 9;
-    if (xbNewGroup) level_ = checked16(int32_t{level_} + 1);
+    if (xbNewGroup) level_ = narrowed<int16_t>(int32_t{level_} + 1);
     line = 10;
     if (xbEndGroup) EndGroup();
   });
@@ -301,7 +293,7 @@ void clsXML::AddXML(const Text& xsXML) {
 
 void clsXML::EndGroup() {
   if (group_stack().empty()) return;
-  level_ = checked16(int32_t{level_} - 1);
+  level_ = narrowed<int16_t>(int32_t{level_} - 1);
   close_innermost_group(level_);
 }
 

@@ -7,10 +7,10 @@
 #include <libxml/valid.h>
 #include <libxml/xmlIO.h>
 #include <libxml/xmlerror.h>
+#include <strings.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cctype>
 #include <cerrno>
 #include <climits>
 #include <exception>
@@ -34,13 +34,11 @@ enum class LoadPolicy { kOutside, kDeny, kLocalOnly };
 thread_local LoadPolicy tls_load_policy = LoadPolicy::kOutside;
 xmlExternalEntityLoader previous_loader = nullptr;
 
+// Any scheme but "file", in any letter case.
 bool is_remote(const char* url) {
-  const std::string_view u(url);
-  const size_t scheme_end = u.find("://");
-  if (scheme_end == std::string_view::npos) return false;
-  std::string scheme(u.substr(0, scheme_end));
-  for (char& c : scheme) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return scheme != "file";
+  const size_t scheme_end = std::string_view(url).find("://");
+  return scheme_end != std::string_view::npos &&
+         !(scheme_end == 4 && ::strncasecmp(url, "file", 4) == 0);
 }
 
 xmlParserInputPtr guarded_loader(const char* url, const char* id, xmlParserCtxtPtr ctxt) {
@@ -574,25 +572,17 @@ xmlNodePtr first_child(xmlNodePtr node) {
 
 }  // namespace
 
+// libxml2 numbers its node kinds as the DOM does, apart from kinds of its own.
+static_assert(int{XML_ELEMENT_NODE} == DomNode::kElement &&
+              int{XML_NOTATION_NODE} == DomNode::kNotation);
+
 int32_t DomNode::type() const {
   if (node_ == nullptr) return 0;
-  switch (as_node(node_)->type) {
-    case XML_ELEMENT_NODE: return kElement;
-    case XML_ATTRIBUTE_NODE: return kAttribute;
-    case XML_TEXT_NODE: return kText;
-    case XML_CDATA_SECTION_NODE: return kCData;
-    case XML_ENTITY_REF_NODE: return kEntityReference;
-    case XML_ENTITY_NODE:
-    case XML_ENTITY_DECL: return kEntity;
-    case XML_PI_NODE: return kProcessingInstruction;
-    case XML_COMMENT_NODE: return kComment;
-    case XML_DOCUMENT_NODE:
+  switch (const xmlElementType type = as_node(node_)->type) {
     case XML_HTML_DOCUMENT_NODE: return kDocument;
-    case XML_DOCUMENT_TYPE_NODE:
     case XML_DTD_NODE: return kDocumentType;
-    case XML_DOCUMENT_FRAG_NODE: return kDocumentFragment;
-    case XML_NOTATION_NODE: return kNotation;
-    default: return static_cast<int32_t>(as_node(node_)->type);
+    case XML_ENTITY_DECL: return kEntity;
+    default: return static_cast<int32_t>(type);
   }
 }
 
@@ -629,10 +619,6 @@ std::vector<DomAttribute> DomNode::attributes() const {
     out.push_back({qualified(a->ns, a->name), take(xmlNodeListGetString(n->doc, a->children, 1))});
   }
   return out;
-}
-
-bool DomNode::has_child_nodes() const {
-  return node_ != nullptr && first_child(as_node(node_)) != nullptr;
 }
 
 std::vector<DomNode> DomNode::child_nodes() const {

@@ -57,7 +57,6 @@ class DomNode {
   std::string name() const;
   // Attributes in document order; namespace declarations come first.
   std::vector<DomAttribute> attributes() const;
-  bool has_child_nodes() const;
   std::vector<DomNode> child_nodes() const;
   // The text content, entities resolved (of all descendants for an element).
   std::string text() const;

@@ -67,7 +67,7 @@ TEST_F(DomDocumentTest, TreeGivesNamesAttributesChildrenAndResolvedText) {
   EXPECT_EQ(kids[0].name() + "|" + kids[0].text() + "|" + kids[3].name(), "p:b|hi world & co|c");
   EXPECT_EQ(kids[1].type(), DomNode::kComment);
   EXPECT_EQ(kids[2].type(), DomNode::kCData);
-  EXPECT_FALSE(kids[3].has_child_nodes());
+  EXPECT_TRUE(kids[3].child_nodes().empty());
   EXPECT_EQ(doc->doctype().type(), DomNode::kDocumentType);
   EXPECT_EQ(doc->doctype().xml(), "<!DOCTYPE r [\r\n<!ENTITY who \"world &amp; co\">\r\n]>");
   EXPECT_FALSE(parse("<a/>")->doctype());
@@ -78,7 +78,7 @@ TEST_F(DomDocumentTest, TreeGivesNamesAttributesChildrenAndResolvedText) {
              ->document_element()
              .child_nodes();
   ASSERT_EQ(kids.size(), 5u);
-  EXPECT_FALSE(kids[0].has_child_nodes());
+  EXPECT_TRUE(kids[0].child_nodes().empty());
   EXPECT_EQ(kids[1].text() + "|" + kids[2].text() + "|" + kids[4].text(), " x |text | ");
 
   // The text is UTF-8 whatever the declaration names.
