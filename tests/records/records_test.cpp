@@ -2,9 +2,11 @@
 // forms under both writer switch settings.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
+#include "records/record_form.h"
 #include "support/checks.h"
 #include "support/log_folder.h"
 #include "support/samples.h"
@@ -324,6 +326,23 @@ TEST(ICatItemXml, EveryLoadBringsANewPriceCollection) {
   two_loads.push_back("ICatPriceCol | Clear");
   two_loads.insert(two_loads.end(), one_load.begin(), one_load.end());
   EXPECT_EQ(logs.traced("ICatPriceCol | "), two_loads);
+}
+
+// The item's reader searches the whole item text, prices included, for each of its names,
+// so no item element may share a name with the embedded price collection's form.
+TEST(ICatItemXml, NoItemElementNameIsAPriceElementName) {
+  std::vector<TextView> price_names{u"Prices", u"Count", u"Collection", u"Price"};
+  for (const Field<ICatPrice>& field : XmlForm<ICatPrice>::form().fields) {
+    price_names.push_back(field.name);
+    price_names.push_back(field.element_read());
+  }
+  for (const Field<ICatItem>& field : XmlForm<ICatItem>::form().fields) {
+    if (field.name == u"Prices") continue;
+    for (TextView item_name : {field.name, field.element_read()}) {
+      EXPECT_EQ(std::count(price_names.begin(), price_names.end(), item_name), 0)
+          << u8(Text(item_name));
+    }
+  }
 }
 
 }  // namespace
