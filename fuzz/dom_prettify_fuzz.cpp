@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "frame/code_page.h"
 #include "frame/diagnostics.h"
@@ -29,10 +30,11 @@ std::string walk(const vexqom::DomNode& element, const std::string& indentation)
   for (const vexqom::DomAttribute& a : element.attributes()) {
     out += " " + a.name + "='" + a.value + "'";
   }
-  if (!element.has_child_nodes()) return out + "/>";
+  const std::vector<vexqom::DomNode> children = element.child_nodes();
+  if (children.empty()) return out + "/>";
   out += ">";
   bool element_children = false;
-  for (const vexqom::DomNode& child : element.child_nodes()) {
+  for (const vexqom::DomNode& child : children) {
     if (child.type() == vexqom::DomNode::kElement) {
       out += walk(child, indentation + "  ");
       element_children = true;
