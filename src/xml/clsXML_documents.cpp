@@ -2,7 +2,6 @@
 // error whose message says what the parser found and where; or reading a text as it goes
 // by, with the same failures, without keeping it.
 #include "frame/procedure.h"
-#include "frame/text_procedures.h"
 #include "vexqom/variant.h"
 #include "xml/clsXML.h"
 #include "xml/dom_document.h"
@@ -22,7 +21,8 @@ Error create_document_error(const DomParseError& failure) {
                    from_utf8(failure.reason) + u"\r\n" + location(failure));
 }
 
-// The same repair on UTF-8, into storage only when there is something to repair.
+// A bare ampersand written between blanks is the one slip that is repaired; the repaired
+// text goes into storage only when there is something to repair.
 std::string_view repair_blank_ampersands(std::string_view utf8, std::string& storage) {
   constexpr std::string_view kBare = " & ";
   size_t at = utf8.find(kBare);
@@ -43,11 +43,12 @@ Ref<DomDocument> clsXML::DocumentCreate(const Text& xsXML, bool validate) {
   return run_procedure(errors_, u"clsXML | DocumentCreate", Trace::No,
                        [&](int& line) -> Ref<DomDocument> {
     line = 1;
-    // A bare ampersand written between blanks is the one slip that is repaired.
-    const Text source = replace_all(xsXML, u" & ", u" &amp; ");
+    const std::string utf8 = to_utf8(xsXML);
+    std::string storage;
+    const std::string_view source = repair_blank_ampersands(utf8, storage);
     line = 2;
     DomParseError failure;
-    Ref<DomDocument> document = DomDocument::parse_text(to_utf8(source), validate, &failure);
+    Ref<DomDocument> document = DomDocument::parse_text(source, validate, &failure);
     line = 3;
     if (!document) throw create_document_error(failure);
     line = 4;
