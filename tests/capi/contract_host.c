@@ -1,7 +1,7 @@
 /* A C host that holds the C interface to its contract: value kinds both ways, optional and
- * by-reference arguments, result kinds, enumerators, events, the error of every entry point
- * and of every thread, class objects and registration. Exits non-zero after reporting every
- * mismatch. */
+ * by-reference arguments, result kinds, enumerators, events, the stored sample selection
+ * (named on the command line), the error of every entry point and of every thread, class
+ * objects and registration. Exits non-zero after reporting every mismatch. */
 #include <pthread.h>
 #include <stdint.h>
 #include <stdio.h>
@@ -226,6 +226,60 @@ static void events_and_enumerators(void) {
   CHECK(vq_release(col) == 0);
 }
 
+/* ---- The stored sample selection: a vehicle composes its description; the sample loads
+ * with one event per item, gives its totals as Currency, walks in order, refuses a key ---- */
+static int64_t number_of(vq_object* obj, const char* member, int32_t flags, int32_t kind) {
+  vq_value result;
+  return call(obj, member, flags, NULL, 0, &result) == 0 ? raw_of(&result, kind) : INT64_MIN;
+}
+
+static void selection(const char* sample) {
+  static char text[1 << 16];
+  FILE* file = fopen(sample, "rb");
+  size_t size = file ? fread(text, 1, sizeof text - 1, file) : 0;
+  text[size] = '\0';
+  if (file) fclose(file);
+  static const char* fields[] = {"Year", "Make", "Model", "Engine", "VIN"};
+  static const char* values[] = {"2001", "Ford", "Caf\xc3\xa9", "3.0L V6", "1FAFP53U51A123456"};
+  vq_object* vehicle = create("ICatVehicle");
+  vq_value result;
+  for (int i = 0; i < 5; ++i) CHECK(let_one(vehicle, fields[i], text_value(values[i])) == 0);
+  CHECK(call(vehicle, "description", VQ_GET, NULL, 0, &result) == 0);
+  CHECK(text_is(&result, "2001 Ford Caf\xc3\xa9 3.0L V6"));
+  CHECK(DllCanUnloadNow() == 1 && vq_release(vehicle) == 0 && DllCanUnloadNow() == 0);
+
+  vq_object* col = create("ICatItemCol");
+  struct sink events = {0, col, 0, 0};
+  uint32_t cookie = 0;
+  CHECK(size > 0 && vq_advise(col, on_event, &events, &cookie) == 0);
+  CHECK(let_one(col, "XML", text_value(text)) == 0 && events.calls == 5);
+  /* Count is a Long; the totals Currency, in ten-thousandths. */
+  static const char* totals[] = {"Count", "ItemsTotalCount", "ItemsTotalCost",
+                                 "ItemsSelectedCount", "ItemsSelectedCost"};
+  static const int64_t expected[] = {5, 100000, 648700, 90000, 266700};
+  for (int i = 0; i < 5; ++i)
+    CHECK(number_of(col, totals[i], i < 3 ? VQ_GET : VQ_METHOD, i ? VQ_CURRENCY : VQ_LONG) ==
+          expected[i]);
+  vq_value key = number_value(VQ_LONG, 1, 0);
+  CHECK(vq_invoke(col, 0, VQ_GET, &key, 1, &result) == 0 && result.obj != NULL);
+  CHECK(result.obj && call(result.obj, "UniqueKey", VQ_METHOD, NULL, 0, &key) == 0 &&
+        text_is(&key, "NLN41-962"));
+  vq_value_clear(&result);
+  CHECK(call(col, "Vehicle", VQ_GET, NULL, 0, &result) == 0 && result.obj != NULL);
+  vq_value make;
+  CHECK(result.obj && call(result.obj, "Make", VQ_GET, NULL, 0, &make) == 0 &&
+        text_is(&make, "Chevrolet"));
+  vq_value_clear(&result);
+  vq_object* item = create("ICatItem");
+  vq_value add[2] = {object_value(item), text_value("nln41-962")}; /* a key already present */
+  CHECK(call(col, "Add", VQ_METHOD, add, 2, &result) == 0 && result.kind == VQ_OBJECT &&
+        result.obj == NULL && events.calls == 5);
+  vq_value_clear(&add[0]);
+  vq_value_clear(&add[1]);
+  vq_release(item);
+  CHECK(vq_unadvise(col, cookie) == 0 && vq_release(col) == 0 && DllCanUnloadNow() == 0);
+}
+
 /* A sink that, on its first call, unadvises another sink and frees that sink's context and
  * advises a fresh one; on its second, drops the host's only reference to the source. */
 struct rude_sink {
@@ -412,11 +466,16 @@ static void creation_and_registration(void) {
   unsetenv("XDG_DATA_HOME");
 }
 
-int main(void) {
+int main(int argc, char** argv) {
+  if (argc < 2) {
+    fprintf(stderr, "usage: contract_host SAMPLE.xml\n");
+    return 2;
+  }
   creation_and_registration();
   values();
   calls();
   events_and_enumerators();
+  selection(argv[1]);
   events_changed_during_delivery();
   errors();
   if (failures == 0) printf("contract_host: all checks passed\n");

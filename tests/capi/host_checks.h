@@ -1,6 +1,5 @@
-/* What the C host test programs share: a check that counts failures instead of stopping,
-   the values every host passes, and calls by member name. Each program returns
-   `failures != 0`. */
+/* The C host test's helpers: a check that counts failures instead of stopping, the values
+   it passes, and calls by member name. The program returns `failures != 0`. */
 #ifndef VEXQOM_TESTS_HOST_CHECKS_H
 #define VEXQOM_TESTS_HOST_CHECKS_H
 
