@@ -31,75 +31,24 @@ void level(const char16_t* label, int at, const std::function<void()>& inner) {
   });
 }
 
+// A failure climbs three levels: each adds its label line and logs once, the log line
+// holding the whole description so far with each CR LF pair as "][".
 TEST(ProcedureConvention, EachLevelAddsOneLabelLineAndLogsOnce) {
   LogFolder logs;
-  ErrorState state;
-  const std::string composed = "ICatThing | Let XML, Error # 13 at line: 3\r\nType mismatch";
-  try {
-    run_procedure(state, u"ICatThing | Let XML", Trace::No, [&](int& line) {
-      line = 3;
-      throw Error(errc::kTypeMismatch);
-    });
-  } catch (const Error& e) {
-    EXPECT_EQ(std::to_string(e.number()) + u8(u" " + e.source() + u" " + e.description()),
-              "13 vexqom_PLUMEK2 " + composed);
-  }
-  EXPECT_EQ(state.LastErrorNumber, 13);
-  EXPECT_EQ(testing::u8(state.LastErrorMessage), composed);
   auto three = [] { level(u"Inner | Three", 2, [] { throw Error(errc::kOverflow); }); };
   auto two_three = [&] { level(u"Middle | Two", 4, three); };
   EXPECT_EQ(failure_of([&] { level(u"Outer | One", 7, two_three); }),
             "6 Outer | One, Error # 6 at line: 7\r\nMiddle | Two, Error # 6 at line: 4\r\n"
             "Inner | Three, Error # 6 at line: 2\r\nOverflow");
+  level(u"T | Traced", 1, [] {});
+  EXPECT_FALSE(std::filesystem::exists(logs.trace_log_path())) << "no flag, no tracing";
+  // The ends are trimmed and a lone CR or LF stays; an empty message writes no line.
+  for (const char16_t* message : {u"  a\r\nb\rc\nd  ", u"   ", u""}) diag::ErrorLog_Write(message);
   const std::string inner = "Inner | Three, Error # 6 at line: 2][Overflow";
   const std::string two = "Middle | Two, Error # 6 at line: 4][" + inner;
   EXPECT_EQ(logs.error_messages(),
-            (std::vector<std::string>{"ICatThing | Let XML, Error # 13 at line: 3][Type mismatch",
-                                      inner, two, "Outer | One, Error # 6 at line: 7][" + two}));
-}
-
-TEST(ErrorLog, LineLayoutTimestampUserFieldAndTrimming) {
-  LogFolder logs;
-  diag::ErrorLog_Write(u"  first\r\nsecond\rthird\nfourth  ");
-  diag::ErrorLog_Write(u"   ");
-  diag::ErrorLog_Write(u"");
-  auto lines = logs.error_lines();
-  ASSERT_EQ(lines.size(), 2u) << "an empty message writes nothing";
-  std::regex layout(R"(^\d{8}\|\d{2}:\d{2}:\d{2} .{12} ([\s\S]*)$)");
-  std::smatch m;
-  ASSERT_TRUE(std::regex_match(lines[0], m, layout)) << lines[0];
-  EXPECT_EQ(m[1].str(), "first][second\rthird\nfourth");
-  ASSERT_TRUE(std::regex_match(lines[1], m, layout)) << lines[1];
-  EXPECT_EQ(m[1].str(), "") << "a message of blanks gives an empty message part";
-  EXPECT_NE(lines[0].substr(18, 12), std::string(12, ' ')) << "the logon name, padded to 12";
-  EXPECT_EQ(LogFolder::read_file(logs.error_log_path()).back(), '\n');
-}
-
-TEST(TraceLog, StartsAfterTheFirstLoggedErrorOfTheThreadAndOnlyWithTheFlag) {
-  {
-    LogFolder logs;
-    diag::ErrorLog_Write(u"first error");
-    EXPECT_FALSE(diag::TraceActive());
-    run_procedure(g_state, u"T | Traced", Trace::Yes, [](int&) {});
-    EXPECT_FALSE(std::filesystem::exists(logs.trace_log_path())) << "no flag, no tracing";
-  }
-  LogFolder logs;
-  logs.create_trace_flag();
-  ErrorState state;
-  auto traced = [&] { run_procedure(state, u"T | Traced", Trace::Yes, [](int&) {}); };
-  traced();
-  EXPECT_TRUE(logs.trace_lines().empty()) << "no trace before the first error";
-  EXPECT_THROW(
-      run_procedure(state, u"T | Failing", Trace::Yes, [](int&) { throw Error(errc::kOverflow); }),
-      Error);
-  EXPECT_TRUE(logs.trace_lines().empty()) << "the failing entry came before initialisation";
-  traced();
-  traced();
-  run_procedure(state, u"T | Untraced", Trace::No, [](int&) {});
-  auto lines = logs.trace_lines();
-  ASSERT_EQ(lines.size(), 2u);
-  EXPECT_TRUE(std::regex_match(lines[0], std::regex(R"(^\d{8}\|\d{2}:\d{2}:\d{2} T \| Traced$)")))
-      << lines[0];
+            (std::vector<std::string>{inner, two, "Outer | One, Error # 6 at line: 7][" + two,
+                                      "a][b\rc\nd", ""}));
 }
 
 TEST(TraceLog, StaleOrOversizedLogIsDiscardedAtInitialisation) {
@@ -114,24 +63,6 @@ TEST(TraceLog, StaleOrOversizedLogIsDiscardedAtInitialisation) {
     diag::LogFiles_Init();
     EXPECT_EQ(std::filesystem::exists(logs.trace_log_path()), kept) << size << " " << yesterday;
   }
-}
-
-// Ignored errors and tolerated duplicate keys log nothing; other failures log once.
-TEST(DiagnosticState, IgnoredAndToleratedErrorsLogNothing) {
-  LogFolder logs;
-  ignore_errors([] { throw Error(errc::kOverflow); });
-  int reached = 0;
-  ErrorState state;
-  auto add = [&](int32_t number) {
-    run_procedure(state, u"C | Add", Trace::No, [&](int&) {
-      tolerate_duplicate_key([=] { throw Error(number); });
-      reached = number;
-    });
-  };
-  add(errc::kDuplicateKey);
-  EXPECT_EQ(reached, errc::kDuplicateKey);
-  EXPECT_EQ(error_number_of([&] { add(errc::kOverflow); }), errc::kOverflow);
-  EXPECT_EQ(logs.error_lines().size(), 1u);
 }
 
 TEST(FileProcedures, SeparatorsWildcardsAndDeletion) {
