@@ -367,12 +367,8 @@ TEST(Prettify, OneElementPerLineResolvedAndDeclared) {
   EXPECT_EQ(u8(x->get_XML()), "\r\n<a>\r\n  <b>1</b>\r\n</a>");
   EXPECT_TRUE(logs.error_lines().empty());
 
-  EXPECT_EQ(
-      failure_of([&] { x->Prettify(u"<a><b></a>"); }),
-      "-2147221504 clsXML | Prettify, Error # -2147221504 at line: 2\r\n"
-      "clsXML | DocumentCreate, Error # -2147221504 at line: 3\r\n"
-      "CreateDocument Error: 76\r\nReason: Opening and ending tag mismatch: b line 1 and a\r\n"
-      "Location: line 1, col 11");
+  // The failure's text is the streamed reading's (the DOM tests); logged by both levels.
+  EXPECT_EQ(error_number_of([&] { x->Prettify(u"<a><b></a>"); }), errc::kDocumentError);
   EXPECT_EQ(logs.error_lines().size(), 2u);  // the parse failure, then Prettify's
 }
 
@@ -390,10 +386,8 @@ TEST(Compress, EmptyElementsGoEnclosingOnesInTurnWithTheirBlanks) {
       {"<a x='1'></a><b></b><c/>", "<a x='1'></a><c/>"},
       // "></" with no start before it or no end after it is passed over.
       {"></a>", "></a>"}, {"<a></", "<a></"}, {"x></a><b></b>", "x></a>"}};
-  for (const auto& [in, out] : both) {
-    EXPECT_EQ(squeeze(in, false), out) << in;
-    EXPECT_EQ(squeeze(in, true), out) << in;
-  }
+  for (const auto& [in, out] : both)
+    EXPECT_EQ(squeeze(in, false) + "|" + squeeze(in, true), out + ("|" + std::string(out))) << in;
   const std::tuple<const char*, bool, const char*> cases[] = {
       {"<r> <a></a> <b>1</b> </r>", false, "<r><b>1</b> </r>"},  // blanks on both sides go
       {"  <x>1</x>  ", false, "<x>1</x>"}, {"<a>\r\n  <b>1</b>\r\n</a>", true, "<a><b>1</b></a>"},
