@@ -145,14 +145,6 @@ TEST_F(DomDocumentTest, ExternalEntitiesOnlyWhenValidatingAndNeverTheNetwork) {
 // declares a document type or nests deeper than the default depth: what follows a hostile
 // start never changes its refusal, and a large document the library could write is read.
 TEST_F(DomDocumentTest, LargeDocumentsAreReadAndHostileOnesStayRefused) {
-  auto outcome = [](auto&& read) -> std::string {
-    try {
-      read();
-      return "accepted";
-    } catch (const Error& e) {
-      return testing::u8(e.description());
-    }
-  };
   const std::string padding = "<!--" + std::string(11'000'000, 'x') + "-->";
   const std::string hostile[] = {
       billion_laughs("<lolz>&lol9;</lolz>"), billion_laughs("<lolz a='&lol9;'/>"),
@@ -164,18 +156,18 @@ TEST_F(DomDocumentTest, LargeDocumentsAreReadAndHostileOnesStayRefused) {
       "<!DOCTYPE r [<!ENTITY x SYSTEM 'file:///etc/passwd'>]><r>&x;<x/></r>"};
   for (const std::string& start : hostile) {
     const std::string large = start + padding;
-    const std::string refused = outcome([&] { validate_xml(std::string_view(large)); });
-    EXPECT_NE(refused, "accepted") << start.substr(0, 60);
+    const std::string refused = failure_of([&] { validate_xml(std::string_view(large)); });
+    EXPECT_NE(refused, "none") << start.substr(0, 60);
     if (start.find("SYSTEM") == std::string::npos) {
-      EXPECT_EQ(refused, outcome([&] { validate_xml(std::string_view(start)); }));
+      EXPECT_EQ(refused, failure_of([&] { validate_xml(std::string_view(start)); }));
     }
-    EXPECT_EQ(outcome([&] { create<clsXML>()->DocumentCreate(from_utf8(large)); }), refused);
+    EXPECT_EQ(failure_of([&] { create<clsXML>()->DocumentCreate(from_utf8(large)); }), refused);
   }
   // One line, with a text and an attribute value each past the default limits.
   const std::string value(12'000'000, 'v');
   const std::string document = "<Items><Count>1</Count><Item a='" + value + "'><Description>" +
                                value + "</Description></Item></Items>";
-  EXPECT_EQ(outcome([&] { validate_xml(std::string_view(document)); }), "accepted");
+  EXPECT_EQ(failure_of([&] { validate_xml(std::string_view(document)); }), "none");
   EXPECT_EQ(prettify_xml(std::string_view(document)),
             "\r\n<Items>\r\n  <Count>1</Count>\r\n  <Item a='" + value + "'>\r\n    <Description>" +
                 value + "</Description>\r\n  </Item>\r\n</Items>");
@@ -231,11 +223,7 @@ TEST_F(DomDocumentTest, DocumentCreateAndLoadReportFailuresWithTheirLocation) {
                 .find("\r\nLoadDocument Error: 68\r\nxsFileName: " + bad +
                       "\r\nReason: xmlParseEntityRef: no name\r\nLocation: line 2, col "),
             std::string::npos);
-  const auto messages = logs_.error_messages();
-  ASSERT_EQ(messages.size(), 3u);
-  EXPECT_EQ(messages[0],
-            "clsXML | DocumentCreate, Error # -2147221504 at line: 3][CreateDocument Error: "
-            "23][Reason: EntityRef: expecting ';'][Location: line 2, col 11");
+  EXPECT_EQ(logs_.error_lines().size(), 3u);
 }
 
 }  // namespace
