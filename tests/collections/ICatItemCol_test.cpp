@@ -77,6 +77,20 @@ TEST_F(ItemCol, AddKeepsTotalsAndRaisesOneEventPerAppendedItem) {
                              "Error # 91", "ICatItemCol | Remove, Error # 91"}));
 }
 
+// A sink may let the host's last reference go while a document loads: the selection lives
+// on to the end of the load, then goes, leaving no object behind.
+TEST_F(ItemCol, SinkReleasingTheLastReferenceDuringALoad) {
+  const std::size_t before = Object::live_count();
+  auto col = create<ICatItemCol>();
+  ICatItemCol* const loading = col.get();
+  std::vector<int32_t> counts;
+  col->events().advise([&](Object&, int32_t) { counts.push_back(loading->get_Count()); col = {}; });
+  loading->put_XML(u"<Items><Count>2</Count><Collection><Item><LineCode>A</LineCode></Item><Item>"
+                   u"<LineCode>B</LineCode></Item></Collection></Items>");
+  EXPECT_EQ(counts, (std::vector<int32_t>{1, 2}));
+  EXPECT_EQ(Object::live_count(), before);
+}
+
 TEST_F(ItemCol, LookupsCleanTabsAndNeverFail) {
   auto col = create<ICatItemCol>();
   auto acd = part(u"ACD", u"012345", 1, 1);

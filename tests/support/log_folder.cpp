@@ -28,11 +28,6 @@ void LogFolder::create_trace_flag() const {
   write_file(path_ + "/libvexqom_PLUMEK2.trace.flg", "");
 }
 
-void LogFolder::start_tracing() const {
-  create_trace_flag();
-  diag::ErrorLog_Write(u"start tracing");
-}
-
 std::vector<std::string> LogFolder::error_messages() const {
   std::vector<std::string> out;
   for (const std::string& line : error_lines()) out.push_back(log_message(line));

@@ -23,8 +23,6 @@ class LogFolder {
   std::vector<std::string> error_messages() const;
   // Trace messages holding `part`, each from `part` on.
   std::vector<std::string> traced(const std::string& part) const;
-  // Creates the trace flag file and logs a first error, which turns tracing on.
-  void start_tracing() const;
   void create_trace_flag() const;
 
   static std::vector<std::string> lines(const std::string& file);
