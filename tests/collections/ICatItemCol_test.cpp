@@ -221,8 +221,11 @@ TEST_F(ItemColDocument, VersionCountDuplicatesAndAnyText) {
   EXPECT_EQ(std::pair(keys_of(*col), col->get_ItemsTotalCount()),
             std::pair(std::vector<Text>{u"ACD1"}, money(2)));  // rebuilt, not added
   EXPECT_NE(u8(col->get_XML()).find("<XDocVersion>v1.5</XDocVersion>"), std::string::npos);
-  col->put_XML(Text());
-  EXPECT_EQ(col->get_XDocVersion(), u"v1.5");  // an empty text keeps the version
+  const Ref<ICatVehicle> host_vehicle = col->get_Vehicle();
+  col->put_XML(Text());  // clears: the version stays, the vehicle is let go, not cleared
+  EXPECT_EQ(std::tuple(col->get_XDocVersion(), col->get_Vehicle() == host_vehicle,
+                       host_vehicle->get_Year()),
+            std::tuple(Text(u"v1.5"), false, Text(u"1999")));
   load("<Count>0</Count>");
   EXPECT_EQ(col->get_Count(), 0);
   EXPECT_EQ(col->get_Vehicle()->get_Year(), u"1999");  // the vehicle is read without items

@@ -20,8 +20,7 @@ namespace {
 
 using namespace testing;
 
-class Plain : public Object {
- public:
+struct Plain : Object {  // an object value, never asked for its members
   const ClassInfo& class_info() const override { std::abort(); }
 };
 

@@ -187,8 +187,6 @@ class PythonHabitsTest(unittest.TestCase):
             self.assertTrue(repr(obj).startswith(f"<vexqom.{c['name']} object at 0x"))
         self.assertEqual(str(inspect.signature(vexqom.ICatItemCol.Clear)),
                          "(self, /, xbDestroyObject: bool = False) -> None")
-        self.assertEqual(str(inspect.signature(vexqom.ICatItem.SetQuantityToOrder)),
-                         "(self, /, xsLocation: str, xvQuantity: Any) -> None")
         self.assertIn("Count\n |      Long: get; dispatch id 0x68030000",
                       pydoc.render_doc(vexqom.ICatPriceCol, renderer=pydoc.plaintext))
         completer = rlcompleter.Completer({"col": vexqom.ICatItemCol()})

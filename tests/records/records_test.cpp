@@ -182,10 +182,13 @@ TEST(ICatItemXml, ReaderRoundsNumbersReplacesPricesAndStopsAtOverflow) {
   LogFolder logs;
   auto item = testing::filled_item();
   // Rounding and leading numbers: the list ID's rows (the same reader helper). Here the
-  // lowest Integer, a Long item type, and a text without Prices dropping the old ones.
+  // lowest Integer, a Long item type, and a text without Prices dropping the old ones: a
+  // new collection, so the one a host holds keeps its price.
+  const Ref<ICatPriceCol> held = item->get_PriceCol();
   item->put_XML(u"<Item><WorkGroup>-32768</WorkGroup><ItemType>70000</ItemType></Item>");
-  EXPECT_EQ(std::tuple(item->get_WorkGroup(), item->get_ItemType(), item->get_PriceCol()->get_Count()),
-            std::tuple(int16_t{-32768}, static_cast<vexCatalogItemType>(70000), 0));
+  EXPECT_EQ(std::tuple(item->get_WorkGroup(), item->get_ItemType(), item->get_PriceCol()->get_Count(),
+                       held->get_Count()),
+            std::tuple(int16_t{-32768}, static_cast<vexCatalogItemType>(70000), 0, 1));
   EXPECT_TRUE(logs.error_lines().empty());
 
   EXPECT_EQ(error_number_of([&] { load_one(*item, u"Item", u"WorkGroup", u"40000"); }), 6);

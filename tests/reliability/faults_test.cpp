@@ -1,9 +1,10 @@
-// Hostile surroundings: a trace log that cannot be deleted, XML files that are missing or
-// cannot be read. Each time the host gets exactly the result it would get anyway, and
-// nothing else changes.
+// Hostile surroundings: logs that cannot be written, a full disk, a trace log that cannot be
+// deleted, XML files that are missing or cannot be read. Each time the host gets exactly the
+// result it would get anyway, and nothing else changes.
 //
 // Tests may run as root, which ignores permission bits; the faults are made with means that
-// hold for root too (the append-only file attribute, a device that cannot be read).
+// hold for root too (a regular file where a folder should be, /dev/full, the append-only file
+// attribute, a device that cannot be read).
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <linux/fs.h>
@@ -66,6 +67,39 @@ Ref<clsXML> engine_with_text() {
   x->Add(u"a", u"1 < 2");
   x->EndGroup();
   return x;
+}
+
+// Logs that cannot be written (the library's folder is a plain file, or the disk is full)
+// are not the host's concern: the same failure each time, the host's work goes on, nothing
+// else changes, and once there is room the same thread logs again (no writer left busy).
+TEST(ReliabilityFaults, LogsThatCannotBeWrittenChangeNothingForTheHost) {
+  Scratch scratch;
+  LogFolder::write_file(scratch / "plain", "not a folder");
+  Scratch::place_library_in(scratch / "plain");
+  auto engine = engine_with_text();
+  const auto untouched = scratch.snapshot();
+  EXPECT_EQ(failing_write(*engine, scratch) + failing_write(*engine, scratch),
+            kWriteFailure + kWriteFailure);
+  EXPECT_EQ(scratch.snapshot(), untouched);
+
+  const std::string errors = scratch / "libvexqom_PLUMEK2.error.log";
+  const std::string traces = scratch / "libvexqom_PLUMEK2.trace.log";
+  ASSERT_EQ(::symlink("/dev/full", errors.c_str()), 0);
+  LogFolder::write_file(scratch / "libvexqom_PLUMEK2.trace.flg", "");
+  Scratch::place_library_in(scratch.path());
+  EXPECT_EQ(failing_write(*engine, scratch), kWriteFailure);  // tracing on from here
+  // Only now the trace log: a stale one would rightly be deleted when the logs are set up.
+  ASSERT_EQ(::symlink("/dev/full", traces.c_str()), 0);
+  const auto full = scratch.snapshot();
+  auto col = create<ICatItemCol>();
+  col->Add(create<ICatItem>(), u"K");
+  EXPECT_EQ(std::pair(col->get_Count(), scratch.snapshot() == full), std::pair(1, true));
+  fs::remove(errors);
+  fs::remove(traces);
+  EXPECT_EQ(failing_write(*engine, scratch), kWriteFailure);
+  col->Clear();
+  EXPECT_EQ(std::pair(LogFolder::lines(errors).size(), LogFolder::lines(traces).at(0).substr(18)),
+            std::pair(size_t{1}, std::string("ICatItemCol | Clear")));
 }
 
 // Makes a file impossible to delete but still open for appending: the append-only attribute

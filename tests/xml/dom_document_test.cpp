@@ -44,8 +44,7 @@ std::string repeat(const std::string& unit, int n) {
   return out;
 }
 
-class DomDocumentTest : public ::testing::Test {
- protected:
+struct DomDocumentTest : ::testing::Test {
   LogFolder logs_;
 };
 
