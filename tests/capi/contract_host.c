@@ -229,11 +229,6 @@ static void events_and_enumerators(void) {
 /* ---- The stored sample selection: a vehicle composes its description; the sample loads
  * with one event per item, gives its totals as Currency and its members by position, and
  * refuses a key already present ---- */
-static int64_t number_of(vq_object* obj, const char* member, int32_t flags, int32_t kind) {
-  vq_value result;
-  return call(obj, member, flags, NULL, 0, &result) == 0 ? raw_of(&result, kind) : INT64_MIN;
-}
-
 static void selection(const char* sample) {
   static char text[1 << 16];
   FILE* file = fopen(sample, "rb");
@@ -259,8 +254,8 @@ static void selection(const char* sample) {
                                  "ItemsSelectedCount", "ItemsSelectedCost"};
   static const int64_t expected[] = {5, 100000, 648700, 90000, 266700};
   for (int i = 0; i < 5; ++i)
-    CHECK(number_of(col, totals[i], i < 3 ? VQ_GET : VQ_METHOD, i ? VQ_CURRENCY : VQ_LONG) ==
-          expected[i]);
+    CHECK(call(col, totals[i], i < 3 ? VQ_GET : VQ_METHOD, NULL, 0, &result) == 0 &&
+          raw_of(&result, i ? VQ_CURRENCY : VQ_LONG) == expected[i]);
   vq_value key = number_value(VQ_LONG, 1, 0);
   CHECK(vq_invoke(col, 0, VQ_GET, &key, 1, &result) == 0 && result.obj != NULL);
   CHECK(result.obj && call(result.obj, "UniqueKey", VQ_METHOD, NULL, 0, &key) == 0 &&
