@@ -119,8 +119,7 @@ class ValuesTest(unittest.TestCase):
             price.Available = value
             self.assertIs(type(price.Available), type(value), value)
             self.assertEqual(price.Available, value)
-        self.assertFalse(vexqom.Null)
-        self.assertEqual(repr(vexqom.Null), "vexqom.Null")
+        self.assertEqual((bool(vexqom.Null), repr(vexqom.Null)), (False, "vexqom.Null"))
 
     def test_currency_and_numeric_coercion(self):
         price = vexqom.Dispatch("vexqom_PLUMEK2.ICatPrice")

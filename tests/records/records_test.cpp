@@ -95,6 +95,8 @@ TEST(ICatPrice, SellerIdWriterSwitchesReaderAndRoundTrip) {
     EXPECT_EQ(std::tuple(available, copy->get_Location(), copy->get_QuantityToOrder()),
               std::tuple(Variant(u"5"), Text(), Variant(Text())));
   }
+  // Compressed, an empty item keeps only its empty price list.
+  EXPECT_EQ(u8(create<ICatItem>()->get_XML()), "<Item><Prices></Prices></Item>");
   p->put_SellerID(u"0");
   p->put_QtyBuyingInc(u"0");
   p->put_Available(Variant(int32_t{0}));
