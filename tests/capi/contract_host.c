@@ -91,7 +91,6 @@ static void calls(void) {
   CHECK(call(item, "FlaggedToOrder", VQ_METHOD | VQ_GET, NULL, 0, &result) == 0); /* optional */
   CHECK(raw_of(&result, VQ_BOOLEAN) == 0);
   CHECK(let_one(item, "UniqueKey", text_value("x")) == MEMBER_NOT_FOUND);
-  CHECK(call(item, "Clear", VQ_METHOD, NULL, 0, &result) == 0 && result.kind == VQ_EMPTY);
   /* QuantityToOrder: location optional on get and let; the value is the last argument. */
   CHECK(let_one(item, "QuantityToOrder", number_value(VQ_LONG, 3, 0)) == 0);
   args[0] = text_value("LOCAL");

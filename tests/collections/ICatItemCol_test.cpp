@@ -197,10 +197,8 @@ class ItemColDocument : public ItemCol {};
 std::string item_xml(const char* line_code, const char* number, int quantity) {
   return std::string("<Item><LineCode>") + line_code + "</LineCode><ItemNumber>" + number +
          "</ItemNumber><Prices><Count>1</Count><Collection><Price><Location>JOBBER</Location>"
-         "<QuantityToOrder>" +
-         std::to_string(quantity) +
-         "</QuantityToOrder></Price></Collection>"
-         "</Prices></Item>";
+         "<QuantityToOrder>" + std::to_string(quantity) +
+         "</QuantityToOrder></Price></Collection></Prices></Item>";
 }
 
 TEST_F(ItemColDocument, VersionCountDuplicatesAndAnyText) {

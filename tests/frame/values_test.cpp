@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "frame/code_page.h"
 #include "support/checks.h"
 #include "vexqom/currency.h"
 #include "vexqom/object.h"
@@ -71,6 +72,16 @@ TEST(ValuesText, CaseMappingCaselessEqualityAndTrim) {
   EXPECT_EQ(Text(trim_blanks(u"  a b  ")) + u"|" + Text(trim_right_blanks(u" a  ")) +
                 Text(trim_blanks(u"\ta\t")),
             u"a b| a\ta\t");
+}
+
+// Every byte of the code page comes back as itself; what it cannot hold becomes "?", one
+// per code unit.
+TEST(ValuesCodePage, EveryByteRoundTripsAndUnmappableBecomesQuestionMark) {
+  std::string all;
+  for (int b = 0; b < 256; ++b) all += static_cast<char>(b);
+  EXPECT_EQ(to_code_page(from_code_page(all)), all);
+  EXPECT_EQ(from_code_page("\x80\xE9\x9F") + from_code_page(to_code_page(u"a\u0100\U0001F600b")),
+            u"\u20AC\u00E9\u0178a???b");
 }
 
 TEST(ValuesCurrency, RoundingCheckedArithmeticAndText) {

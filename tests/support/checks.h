@@ -1,4 +1,4 @@
-// What the C++ tests share: texts in UTF-8, Variants of texts, what a call raises, and the
+// What the C++ tests share: texts in UTF-8, what a call raises, and the
 // thread's XML writer switches kept across a test.
 #pragma once
 
@@ -12,7 +12,6 @@
 namespace vexqom::testing {
 
 inline std::string u8(const Text& text) { return to_utf8(text); }
-inline Variant V(const char16_t* text) { return Variant(Text(text)); }
 
 // The number of the error a call raises, or 0 when it raises none.
 int32_t error_number_of(auto&& call) {

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 
 #include "frame/diagnostics.h"
 
@@ -45,14 +45,11 @@ std::vector<std::string> LogFolder::traced(const std::string& part) const {
 
 std::string LogFolder::read_file(const std::string& file) {
   std::ifstream in(file, std::ios::binary);
-  std::ostringstream s;
-  s << in.rdbuf();
-  return s.str();
+  return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
 void LogFolder::write_file(const std::string& file, const std::string& bytes) {
-  std::ofstream out(file, std::ios::binary | std::ios::trunc);
-  out << bytes;
+  std::ofstream(file, std::ios::binary | std::ios::trunc) << bytes;
 }
 
 std::vector<std::string> LogFolder::lines(const std::string& file) {
