@@ -23,13 +23,14 @@ namespace {
 
 using namespace testing;
 
-std::vector<Variant> contents(const Collection& c) {
+std::vector<Variant> drained(const Ref<Enumerator>& e) {
   std::vector<Variant> out;
-  for (Ref<Enumerator> e = c.NewEnum(); out.emplace_back(), e->Next(&out.back());) {
+  while (out.emplace_back(), e->Next(&out.back())) {
   }
   out.pop_back();
   return out;
 }
+std::vector<Variant> contents(const Collection& c) { return drained(c.NewEnum()); }
 
 TEST(Collection, CaselessKeysRefusalsAndLookupErrors) {
   auto c = create<Collection>();
@@ -98,6 +99,9 @@ TEST(Collection, PositionsAndKeysStayExactThroughManyRemovals) {
   std::vector<Variant> expected;
   for (const auto& m : model) expected.emplace_back(m.first);
   EXPECT_EQ(contents(*c), expected);
+  const Ref<Enumerator> earlier = c->NewEnum();  // keeps the members it was given
+  c->Remove(Variant(int32_t{1}));
+  EXPECT_EQ(drained(earlier), expected);
 }
 
 Text prices(const char16_t* count, std::initializer_list<std::array<const char16_t*, 3>> list) {

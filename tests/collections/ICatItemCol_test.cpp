@@ -202,7 +202,8 @@ std::string item_xml(const char* line_code, const char* number, int quantity) {
 }
 
 TEST_F(ItemColDocument, VersionCountDuplicatesAndAnyText) {
-  auto col = counted();
+  auto col = counted();  // compressed: an empty selection writes its version and vehicle only
+  EXPECT_EQ(u8(col->get_XML()), "<Items><XDocVersion>v2.20</XDocVersion><Vehicle></Vehicle></Items>");
   const std::string items =
       item_xml("ACD", "1", 2) + item_xml("acd", "1", 5) + item_xml("BBB", "2", 1);
   auto load = [&](const std::string& head) {
