@@ -153,9 +153,6 @@ TEST(ICatPriceCol, LookupsCreateOrFailUnloggedWhileAddLogs) {
                                             "ICatPriceCol | Clear", let, add, add, add, add, let}));
 }
 
-const std::string kDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>";
-const std::string kUnset = "Object variable or With block variable not set";
-
 TEST(ICatPreset, RecordFollowsTheThreadSwitchesAndReadsAnyRoot) {
   LogFolder logs;
   auto p = create<ICatPreset>();

@@ -66,8 +66,7 @@ TEST_F(ItemCol, AddKeepsTotalsAndRaisesOneEventPerAppendedItem) {
 
   // An empty reference is appended, then fails with 91; the member stays and fails later.
   EXPECT_EQ(failure_of([&] { col->Add(Ref<ICatItem>(), u"EMPTY"); }),
-            "91 ICatItemCol | Add, Error # 91 at line: 4\r\nObject variable or With block variable "
-            "not set");
+            "91 ICatItemCol | Add, Error # 91 at line: 4\r\n" + kUnset);
   Variant key(u"EMPTY");
   EXPECT_TRUE(col->ItemExists(key) && !col->get_Item(key));
   EXPECT_EQ(std::pair(totals(*col), events_), std::pair(std::tuple(5, money(10), money(18.55)), 4));

@@ -209,7 +209,7 @@ TEST(ICatItemXml, ReaderRoundsNumbersReplacesPricesAndStopsAtOverflow) {
   const std::function<void()> unset_calls[] = {
       [&] { item->get_XML(); }, [&] { item->JobberCost(); }, [&] { item->get_QuantityToOrder(); }};
   for (const auto& call : unset_calls) EXPECT_EQ(error_number_of(call), 91);
-  const std::string unset = "][Object variable or With block variable not set";
+  const std::string unset = "][" + kUnset;
   EXPECT_EQ(logs.error_messages(),
             (std::vector<std::string>{"ICatItem | Let XML, Error # 6 at line: 4][Overflow",
                                       "ICatItem | Let XML, Error # 6 at line: 8][Overflow",

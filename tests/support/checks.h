@@ -1,5 +1,5 @@
-// What the C++ tests share: texts in UTF-8, what a call raises, and the
-// thread's XML writer switches kept across a test.
+// What the C++ tests share: texts in UTF-8, two texts the library writes, what a call raises,
+// and the thread's XML writer switches kept across a test.
 #pragma once
 
 #include <cstdint>
@@ -12,6 +12,11 @@
 namespace vexqom::testing {
 
 inline std::string u8(const Text& text) { return to_utf8(text); }
+
+// The declaration the engine writes at the head of a document, and the description of
+// error 91.
+inline const std::string kDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>";
+inline const std::string kUnset = "Object variable or With block variable not set";
 
 // The number of the error a call raises, or 0 when it raises none.
 int32_t error_number_of(auto&& call) {

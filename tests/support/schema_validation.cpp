@@ -46,11 +46,11 @@ struct SchemaValidationEnvironment : ::testing::Environment {
 std::string schema_folder() { return VEXQOM_SCHEMA_DIR; }
 
 // The tool's validator, so that tests and `vexqom validate` judge a document alike.
-std::string schema_problems(const std::string& form, std::string_view utf8) {
+std::string schema_problems(const std::string& form, const std::string& utf8) {
   try {
     std::string problems;
     for (const std::string& line :
-         tool::schema_errors(std::string(utf8), schema_folder() + "/" + form + ".xsd"))
+         tool::schema_errors(utf8, schema_folder() + "/" + form + ".xsd"))
       problems += (problems.empty() ? "" : "; ") + line;
     return problems;
   } catch (const tool::Refusal& refused) {

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <map>
 #include <string>
-#include <string_view>
 
 namespace vexqom::testing {
 
@@ -15,7 +14,7 @@ std::string schema_folder();
 
 // Validates UTF-8 text against the schema of `form`. Empty when valid, otherwise the
 // parser's or validator's message(s).
-std::string schema_problems(const std::string& form, std::string_view utf8);
+std::string schema_problems(const std::string& form, const std::string& utf8);
 
 // Documents the observer has checked so far, per form.
 std::map<std::string, int64_t> validated_documents();

@@ -46,8 +46,6 @@ void expect_reads(clsXML& x, const char16_t* tag,
     EXPECT_EQ(blocks ? block(x, tag, n) : value(x, tag, n), expected) << u8(tag) << " " << n;
 }
 
-const std::string kDecl = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>";
-
 TEST(XmlEngine, CompressZeroSuppressGroupsAndEscaping) {
   LogFolder logs;
   Ref<clsXML> x = snippet();
@@ -86,7 +84,7 @@ TEST(XmlEngine, CompressZeroSuppressGroupsAndEscaping) {
 }
 
 TEST(XmlEngine, DeclarationSurroundingLinesAndLongTagNames) {
-  EXPECT_EQ(u8(create<clsXML>()->get_XML()), kDecl);
+  EXPECT_EQ(u8(create<clsXML>()->get_XML()), kDeclaration);
   Ref<clsXML> x = create<clsXML>();
   x->put_Version(u"'2.0'");
   x->put_Stylesheet(u"<?ss href='a'?>");
@@ -133,7 +131,7 @@ TEST(XmlEngine, FormattingIndentAndLevel) {
   z->put_Formatted(true);
   z->put_Level(3);
   z->Add(u"A", u"1");
-  EXPECT_EQ(u8(z->get_XML()), kDecl + "<A>1</A>\r\n");
+  EXPECT_EQ(u8(z->get_XML()), kDeclaration + "<A>1</A>\r\n");
   EXPECT_EQ(failure_of([&] { z->put_indent(u"abc"); }), "13 Type mismatch");
 
   const std::pair<const char16_t*, size_t> indents[] = {
@@ -157,25 +155,24 @@ TEST(XmlEngine, OverflowAndDestroyedStateFailures) {
   x->put_Level(4000);  // (4000 - 1) * 10 does not fit 16 bits
   Ref<clsXML> d = create<clsXML>();
   d->Clear(true);
-  const std::string unset = "Object variable or With block variable not set";
   auto handled = [&](const char* label, int line, const std::string& description) {
-    const std::string number = description == unset ? "91" : "6";
+    const std::string number = description == kUnset ? "91" : "6";
     return number + " clsXML | " + label + ", Error # " + number + " at line: " +
            std::to_string(line) + "\r\n" + description;
   };
   const std::pair<std::function<void()>, std::string> calls[] = {
       {[&] { x->Add(u"A", u"1"); }, handled("Add", 6, "Overflow")},
       {[&] { x->AddAttrVal(u"A", u"b", u"c"); }, handled("AddAttrVal", 3, "Overflow")},
-      {[&] { x->AddXML(u"<a/>"); }, "6 Overflow"}, {[&] { d->get_XML(); }, "91 " + unset},
-      {[&] { d->get_Value(u"A"); }, handled("Get Value", 1, unset)},
-      {[&] { d->get_Block(u"A"); }, handled("Get Block", 1, unset)},
-      {[&] { d->get_Attrib(u"A", u"b"); }, handled("Get Attrib", 1, unset)},
-      {[&] { d->put_Attrib(u"A", u"b", u"c"); }, handled("Let Attrib", 1, unset)},
-      {[&] { d->put_Block(u"A", 1, u"c"); }, handled("Let Block", 1, unset)},
-      {[&] { d->put_Value(u"A", 1, u"c"); }, handled("Let Value", 1, unset)},
-      {[&] { d->AddAttrVal(u"A", u"b", u"c", true); }, handled("AddAttrVal", 2, unset)},
+      {[&] { x->AddXML(u"<a/>"); }, "6 Overflow"}, {[&] { d->get_XML(); }, "91 " + kUnset},
+      {[&] { d->get_Value(u"A"); }, handled("Get Value", 1, kUnset)},
+      {[&] { d->get_Block(u"A"); }, handled("Get Block", 1, kUnset)},
+      {[&] { d->get_Attrib(u"A", u"b"); }, handled("Get Attrib", 1, kUnset)},
+      {[&] { d->put_Attrib(u"A", u"b", u"c"); }, handled("Let Attrib", 1, kUnset)},
+      {[&] { d->put_Block(u"A", 1, u"c"); }, handled("Let Block", 1, kUnset)},
+      {[&] { d->put_Value(u"A", 1, u"c"); }, handled("Let Value", 1, kUnset)},
+      {[&] { d->AddAttrVal(u"A", u"b", u"c", true); }, handled("AddAttrVal", 2, kUnset)},
       {[&] { d->XMLFileWrite(from_utf8(logs.path() + "/out"), false); },
-       handled("XMLFileWrite", 3, unset)}};
+       handled("XMLFileWrite", 3, kUnset)}};
   for (const auto& [call, failure] : calls) EXPECT_EQ(failure_of(call), failure);
   EXPECT_EQ(logs.error_lines().size(), 10u);
   EXPECT_EQ(u8(x->get_XML()), "");
@@ -183,7 +180,7 @@ TEST(XmlEngine, OverflowAndDestroyedStateFailures) {
   d->put_XML(u"<A>1</A>");  // a buffer again, but no group stack
   d->Add(u"B", u"2");
   EXPECT_EQ(u8(d->get_XML()) + value(*d, u"A"), "<A>1</A><B>2</B>1");
-  EXPECT_EQ(failure_of([&] { d->Add(u"G", u"", true); }), handled("Add", 3, unset));
+  EXPECT_EQ(failure_of([&] { d->Add(u"G", u"", true); }), handled("Add", 3, kUnset));
   // Tracing is on from the first failure, yet of all these members only Get Value traces.
   EXPECT_EQ(logs.traced("clsXML"), (std::vector<std::string>(2, "clsXML | Get Value")));
 }
